@@ -1,0 +1,54 @@
+// Interface maps: how a class tells QueryInterface which interfaces its objects have.
+//
+// Maps are constant; queries take no lock and may come from any thread.
+#ifndef ZVSUPPORT_LANG_INTERFACE_MAP_H
+#define ZVSUPPORT_LANG_INTERFACE_MAP_H
+
+#include "lang/unknown.h"
+
+namespace ZVCL {
+
+// Looks for one interface in `object`, the address of the class that owns the map. 0: found,
+// *result holds the pointer with a reference for the caller. Anything else: not found here.
+using InterfaceQuery = ResultCode (*)(void* object, const ZvIid& iid, void** result);
+
+// An entry is asked when its identifier is the one sought, or is null: then it continues the query
+// elsewhere (a base class's map). An entry without a query ends the map.
+struct InterfaceMapEntry {
+    const ZvIid* iid;
+    InterfaceQuery query;
+};
+
+// Walks the map. A failure of an entry that has an identifier ends the query with its code; that of
+// an entry without one, and any positive answer, lets the walk go on. kNoInterface and a null
+// *result at the end; kPointer when `result` is null. The identifier of IZvUnknown always finds
+// `unknown`, the object's primary address.
+ResultCode queryInterfaceMap(IZvUnknown* unknown, void* object, const InterfaceMapEntry* map,
+                             const ZvIid& iid, void** result);
+
+// The query of an interface that Object derives from.
+template <typename Object, typename Interface>
+ResultCode queryBase(void* object, const ZvIid&, void** result) {
+    Interface* found = static_cast<Object*>(object);
+    found->AddRef();
+    *result = found;
+    return zv::core::kOk;
+}
+
+template <typename Object, typename Interface>
+inline constexpr InterfaceMapEntry kInterfaceEntry{&Interface::kIid, &queryBase<Object, Interface>};
+
+// The query that continues in the map of Object's base class Base.
+template <typename Object, typename Base>
+ResultCode queryBaseMap(void* object, const ZvIid& iid, void** result) {
+    return static_cast<Object*>(object)->Base::QueryInterface(iid, result);
+}
+
+template <typename Object, typename Base>
+inline constexpr InterfaceMapEntry kBaseMapEntry{nullptr, &queryBaseMap<Object, Base>};
+
+inline constexpr InterfaceMapEntry kInterfaceMapEnd{nullptr, nullptr};
+
+} // namespace ZVCL
+
+#endif
