@@ -1,0 +1,9 @@
+#include "zvsupport/zvsupport.h"
+
+#include "core/result.h"
+#include "exports/export_frame.h"
+
+ZV_EXPORT int32_t ZV_STDCALL NWCheckUnicodeSupport(const char* drive) {
+    return zv::exports::exportFrame(
+        [&] { return drive == nullptr ? zv::core::kInvalidArgument : zv::core::kNotImplemented; });
+}
