@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <cwctype>
 #include <limits>
@@ -217,7 +218,15 @@ std::string narrow(std::u16string_view wide) {
 
 int compareNames(std::u16string_view left, std::u16string_view right) {
     const std::size_t common = std::min(left.size(), right.size());
-    for (std::size_t i = 0; i < common; ++i) {
+    std::size_t i = 0;
+    // Names share long beginnings: those are passed over four units at a time.
+    for (std::uint64_t a = 0, b = 0; i + 4 <= common; i += 4) {
+        std::memcpy(&a, left.data() + i, sizeof a);
+        std::memcpy(&b, right.data() + i, sizeof b);
+        if (a != b)
+            break;
+    }
+    for (; i < common; ++i) {
         if (left[i] == right[i])
             continue;
         const int difference = towlower(left[i]) - towlower(right[i]);

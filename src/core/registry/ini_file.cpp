@@ -272,7 +272,7 @@ int IniFile::setValue(std::u16string_view section, std::u16string_view key,
                       std::u16string_view value, bool overwrite) {
     if (IniTable::checkSection(section) < 0 || IniTable::checkEntry(key, value) < 0)
         return kWouldDamage;
-    const std::lock_guard batchHold(batchMutex);
+    const std::lock_guard memoryHold(memoryMutex);
     if (batching && overwrite) {
         collect(section, key, value);
         return kSet;
@@ -289,7 +289,7 @@ int IniFile::setValue(std::u16string_view section, std::u16string_view key,
 
 int IniFile::getValue(std::u16string_view section, std::u16string_view key,
                       std::u16string& result) {
-    const std::lock_guard batchHold(batchMutex);
+    const std::lock_guard memoryHold(memoryMutex);
     flushBatch();
     const Access access(*this);
     const IniEntry* entry = table.find(section, key);
@@ -300,7 +300,7 @@ int IniFile::getValue(std::u16string_view section, std::u16string_view key,
 }
 
 void IniFile::getSectionNames(std::vector<std::u16string>& names) {
-    const std::lock_guard batchHold(batchMutex);
+    const std::lock_guard memoryHold(memoryMutex);
     flushBatch();
     const Access access(*this);
     for (const auto& [name, section] : table.sections())
@@ -311,14 +311,14 @@ void IniFile::getSectionNames(std::vector<std::u16string>& names) {
 // Batches
 
 void IniFile::beginBatch() {
-    const std::lock_guard batchHold(batchMutex);
+    const std::lock_guard memoryHold(memoryMutex);
     batching = true;
     batchSaved = true;
     batchLimit = kFirstBatch;
 }
 
 bool IniFile::endBatch() {
-    const std::lock_guard batchHold(batchMutex);
+    const std::lock_guard memoryHold(memoryMutex);
     batching = false;
     flushBatch();
     return batchSaved;
@@ -353,11 +353,13 @@ void IniFile::flushBatch() {
 // The end of a move
 
 void IniFile::markCarried(std::u16string_view section, std::u16string_view key) {
-    const SemaphoreHold hold(lock.get());
+    const std::lock_guard hold(memoryMutex); // nothing of the file is touched
     table.markCarried(section, key);
 }
 
 void IniFile::retire() {
+    const std::lock_guard memoryHold(memoryMutex);
+    flushBatch();
     const Access access(*this); // values that another process has just added were not carried
     if (table.isWhollyCarried()) {
         g_wideCalls.DeleteFileW(path.c_str());

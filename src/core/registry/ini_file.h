@@ -106,7 +106,7 @@ private:
     IniTable table;
     Stamp stamp;
 
-    std::mutex batchMutex; // taken before the lock
+    std::mutex memoryMutex; // guards the members; taken before the lock
     bool batching = false;
     bool batchSaved = true;
     std::vector<Group> batch;

@@ -14,7 +14,7 @@ void IniFileIteratorBase::next(std::u16string& result) {
 IniFileSetIterator::IniFileSetIterator(IniFile& file, std::u16string prefix)
     : IniFileIteratorBase(std::move(prefix)) {
     const std::u16string start = name + u'\\';
-    const std::lock_guard batchHold(file.batchMutex);
+    const std::lock_guard memoryHold(file.memoryMutex);
     file.flushBatch();
     const IniFile::Access access(file);
     const IniSections& sections = file.table.sections();
@@ -37,7 +37,7 @@ IniFileSetIterator::IniFileSetIterator(IniFile& file, std::u16string prefix)
 
 IniFileKeyIterator::IniFileKeyIterator(IniFile& file, std::u16string section)
     : IniFileIteratorBase(std::move(section)) {
-    const std::lock_guard batchHold(file.batchMutex);
+    const std::lock_guard memoryHold(file.memoryMutex);
     file.flushBatch();
     const IniFile::Access access(file);
     const IniSections& sections = file.table.sections();

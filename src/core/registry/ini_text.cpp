@@ -44,10 +44,18 @@ bool isAscii(std::u16string_view text) {
 
 // Appends wide text as bytes. Every ANSI code page is ASCII at its base.
 void appendNarrow(std::string& bytes, std::u16string_view wide) {
-    if (isAscii(wide))
-        bytes.append(wide.begin(), wide.end());
-    else
+    const std::size_t before = bytes.size();
+    bytes.resize(before + wide.size());
+    char* target = bytes.data() + before;
+    char16_t all = 0;
+    for (const char16_t unit : wide) {
+        all |= unit;
+        *target++ = static_cast<char>(unit);
+    }
+    if (all >= 0x80) {
+        bytes.resize(before);
         bytes += narrow(wide);
+    }
 }
 
 // The wide form of a piece of the file, in a buffer that is used again and again.
@@ -265,29 +273,41 @@ std::string IniTable::write() const {
 // ---------------------------------------------------------------------------------------------
 // The table
 
+const IniSection* IniTable::findSection(std::u16string_view name) const {
+    if (last == nullptr || last->first != name) {
+        const auto place = table.find(name);
+        if (place == table.end())
+            return nullptr;
+        last = &*place;
+    }
+    return &last->second;
+}
+
 const IniEntry* IniTable::find(std::u16string_view section, std::u16string_view key) const {
-    const auto place = table.find(section);
-    if (place == table.end())
+    const IniSection* found = findSection(section);
+    if (found == nullptr)
         return nullptr;
-    const auto entry = place->second.keys.find(key);
-    return entry == place->second.keys.end() ? nullptr : entry->get();
+    const auto entry = found->keys.find(key);
+    return entry == found->keys.end() ? nullptr : entry->get();
 }
 
 void IniTable::set(std::u16string_view section, IniEntry::Pointer entry) {
-    entry->unsaved = true;
-    auto place = table.lower_bound(section);
-    if (place == table.end() || compareNames(place->first, section) != 0) {
+    entry->change = change;
+    hasUnsaved = true;
+    // The sections are this table's own: none of them is constant.
+    auto* place = const_cast<IniSection*>(findSection(section));
+    if (place == nullptr) {
         // Made whole before it is put in place, so that no empty section stays when memory runs
         // out.
         IniSection fresh;
         const std::size_t size = section.size() + entry->key().size() + entry->value().size() + 9;
         fresh.keys.insert(std::move(entry));
-        table.try_emplace(place, std::u16string(section), std::move(fresh));
+        table.try_emplace(std::u16string(section), std::move(fresh));
         sizeEstimate += size;
         ++entries;
         return;
     }
-    auto& keys = place->second.keys;
+    auto& keys = place->keys;
     auto found = keys.end();
     // Values often come in order.
     if (!keys.empty() && compareNames((*keys.rbegin())->key(), entry->key()) >= 0)
@@ -296,7 +316,7 @@ void IniTable::set(std::u16string_view section, IniEntry::Pointer entry) {
     if (found != keys.end() && compareNames((*found)->key(), entry->key()) == 0) {
         IniEntry::Pointer fresh =
             IniEntry::make((*found)->key(), entry->value(), (*found)->rawKey());
-        fresh->unsaved = true;
+        fresh->change = change;
         // The node is used again, so that nothing can fail half-way.
         auto node = keys.extract(found);
         node.value() = std::move(fresh);
@@ -309,16 +329,16 @@ void IniTable::set(std::u16string_view section, IniEntry::Pointer entry) {
 }
 
 void IniTable::markSaved() {
-    for (const auto& [name, section] : table) {
-        for (const IniEntry::Pointer& entry : section.keys)
-            entry->unsaved = false;
-    }
+    savedChange = change++;
+    hasUnsaved = false;
 }
 
 void IniTable::takeUnsaved(const IniTable& other) {
+    if (!other.hasUnsaved)
+        return;
     for (const auto& [name, section] : other.table) {
         for (const IniEntry::Pointer& entry : section.keys) {
-            if (entry->unsaved && checkNeighbours(name, entry->key()) >= 0)
+            if (entry->change > other.savedChange && checkNeighbours(name, entry->key()) >= 0)
                 set(name, IniEntry::make(entry->key(), entry->value()));
         }
     }
@@ -348,10 +368,10 @@ ResultCode IniTable::checkEntry(std::u16string_view key, std::u16string_view val
 
 ResultCode IniTable::checkNeighbours(std::u16string_view section, std::u16string_view key) const {
     // Spaces at a key's end do not survive the next reading: the key would become its neighbour.
-    const auto place = table.find(section);
-    if (place == table.end())
+    const IniSection* place = findSection(section);
+    if (place == nullptr)
         return kOk;
-    const auto& keys = place->second.keys;
+    const auto& keys = place->keys;
     const std::u16string_view shorter = trimmed(key);
     if (shorter.size() != key.size() && keys.find(key) == keys.end() &&
         keys.find(shorter) != keys.end())
@@ -371,11 +391,11 @@ ResultCode IniTable::checkNeighbours(std::u16string_view section, std::u16string
 }
 
 void IniTable::markCarried(std::u16string_view section, std::u16string_view key) {
-    const auto place = table.find(section);
-    if (place == table.end())
+    const IniSection* place = findSection(section);
+    if (place == nullptr)
         return;
-    const auto entry = place->second.keys.find(key);
-    if (entry != place->second.keys.end())
+    const auto entry = place->keys.find(key);
+    if (entry != place->keys.end())
         (*entry)->carried = true;
 }
 

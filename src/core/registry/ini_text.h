@@ -46,8 +46,8 @@ public:
     std::string_view rawKey() const { return {bytes(), rawKeyLength}; }
     std::string_view rawValue() const { return {bytes() + rawKeyLength, rawValueLength}; }
 
-    bool carried = false; // the value has arrived in another store
-    bool unsaved = false; // it is not in the file yet
+    bool carried = false;     // the value has arrived in another store
+    std::uint32_t change = 0; // counts up with the table's changes; see IniTable::markSaved
 
 private:
     IniEntry() = default;
@@ -95,8 +95,9 @@ public:
 
     const IniSections& sections() const { return table; }
     const IniEntry* find(std::u16string_view section, std::u16string_view key) const;
+    const IniSection* findSection(std::u16string_view name) const;
     // Sets a value; the key keeps the spelling that it has. The entry is taken over; it counts as
-    // unsaved until markSaved.
+    // unsaved until the next markSaved.
     void set(std::u16string_view section, IniEntry::Pointer entry);
     void markSaved();
     // Sets the values of another table that are not saved, where they do no damage.
@@ -121,10 +122,15 @@ private:
     friend class IniParser;
 
     IniSections table;
+    // The section that was looked up last: values come section by section.
+    mutable const IniSections::value_type* last = nullptr;
     std::string after;     // skipped lines behind the last section
     std::string malformed; // from the section that could not be read to the end of the file
     std::size_t entries = 0;
     std::size_t sizeEstimate = 0;
+    std::uint32_t change = 1; // of the entries that are set from now on; 0: read from the file
+    bool hasUnsaved = false;
+    std::uint32_t savedChange = 0; // entries up to this one are in the file
 };
 
 } // namespace zv::core

@@ -111,6 +111,21 @@ Enumeration* enumerationOf(Handle handle) {
     return reinterpret_cast<Enumeration*>(handle);
 }
 
+// Reads a value of an open key.
+ResultCode queryValueOf(HKEY key, const char16_t* name, RegValueType& type, void* data,
+                        std::uint32_t& size) {
+    const std::uint32_t capacity = size;
+    DWORD nativeType = REG_NONE;
+    const LONG error = g_wideCalls.RegQueryValueExW(key, name, nullptr, &nativeType,
+                                                    static_cast<BYTE*>(data), &size);
+    if (error != 0)
+        return resultOf(error);
+    type = readType(nativeType);
+    if (nativeType == REG_EXPAND_SZ && data != nullptr)
+        return expandInPlace(data, size, capacity, size);
+    return kOk;
+}
+
 // The end of an enumeration is no error number of its own.
 ResultCode enumerated(LONG error) {
     return error == static_cast<LONG>(ERROR_NO_MORE_ITEMS) ? kFail : resultOf(error);
@@ -142,16 +157,7 @@ ResultCode NativeRegQueryValue(std::uint32_t root, const char16_t* path, const c
         UniqueKey key;
         if (const LONG error = openForReading(root, path, key); error != 0)
             return resultOf(error);
-        const std::uint32_t capacity = size;
-        DWORD nativeType = REG_NONE;
-        const LONG error = g_wideCalls.RegQueryValueExW(key.get(), name, nullptr, &nativeType,
-                                                        static_cast<BYTE*>(data), &size);
-        if (error != 0)
-            return resultOf(error);
-        type = readType(nativeType);
-        if (nativeType == REG_EXPAND_SZ && data != nullptr)
-            return expandInPlace(data, size, capacity, size);
-        return kOk;
+        return queryValueOf(key.get(), name, type, data, size);
     });
 }
 
@@ -232,7 +238,11 @@ ResultCode CNativeRegKey::createKey(CoreRef<CRegKey>& result, std::uint32_t keyR
 
 ResultCode CNativeRegKey::queryValue(const char16_t* name, RegValueType& type, void* data,
                                      std::uint32_t& size) {
-    return NativeRegQueryValue(root, path.c_str(), name, type, data, size);
+    if (valueEnum == kNoHandle)
+        return NativeRegQueryValue(root, path.c_str(), name, type, data, size);
+    // The enumeration holds the key open already.
+    return coreFrame(
+        [&] { return queryValueOf(enumerationOf(valueEnum)->key.get(), name, type, data, size); });
 }
 
 ResultCode CNativeRegKey::setValue(std::uint32_t keyRoot, const std::u16string& keyPath,

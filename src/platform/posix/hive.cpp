@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -320,7 +321,7 @@ DWORD Hive::refresh() {
     struct stat now;
     if (path.empty())
         return ERROR_SUCCESS;
-    if (stat(path.c_str(), &now) == 0) {
+    if (look(now)) {
         if (isCurrent(now)) {
             seen = now;
             appended = false;
@@ -335,6 +336,19 @@ DWORD Hive::refresh() {
     } unlocking{*this};
     const DWORD code = lock(false);
     return code == ERROR_SUCCESS ? refreshLocked() : code;
+}
+
+// What the hive is now, for a reader; false with errno. Asking the open file is cheaper than
+// walking the path, and shows other processes' work as well: an entry by its size, a rewritten hive
+// because the rename took the old one's only name. A file that somebody moved by hand keeps its
+// name, so the path is walked as well when it was not for a millisecond.
+bool Hive::look(struct stat& now) {
+    const auto time = std::chrono::steady_clock::now();
+    if (file >= 0 && seenValid && seen.st_nlink == 1 && time < nextWalk && fstat(file, &now) == 0 &&
+        now.st_nlink == 1)
+        return true;
+    nextWalk = time + std::chrono::milliseconds(1);
+    return stat(path.c_str(), &now) == 0;
 }
 
 bool Hive::isCurrent(const struct stat& now) const {

@@ -12,6 +12,7 @@
 #include "platform/posix/hive_tree.h"
 #include "platform/win32.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -120,6 +121,7 @@ private:
     void unlock() noexcept;
     void closeLock() noexcept;
 
+    bool look(struct stat& now);
     bool isCurrent(const struct stat& status) const;
     DWORD refreshLocked();
     DWORD reload();
@@ -144,9 +146,10 @@ private:
 
     int file = -1;
     bool fileWritable = false;
-    struct stat seen = {};  // of file, when it was last looked at
-    bool seenValid = false; // false: the next refresh reads everything
-    bool appended = false;  // by this process since then
+    struct stat seen = {};                            // of file, when it was last looked at
+    bool seenValid = false;                           // false: the next refresh reads everything
+    bool appended = false;                            // by this process since then
+    std::chrono::steady_clock::time_point nextWalk{}; // of the path, by a reader
 
     int lockFile = -1;
     bool lockWritable = false;

@@ -2,6 +2,7 @@
 
 #include "platform/posix/deadline.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -53,7 +54,7 @@ constexpr off_t kOpenByte = 1;
 constexpr off_t kStateByte = 2;
 constexpr off_t kFirstSlotByte = 64;
 
-constexpr std::uint64_t kMagic = 0x315F4D45535F565A; // "ZV_SEM_1"
+constexpr std::uint64_t kMagic = 0x325F4D45535F565A; // "ZV_SEM_2"
 constexpr std::size_t kSlots = 512;
 constexpr std::size_t kNoSlot = SIZE_MAX;
 
@@ -66,6 +67,8 @@ struct State {
     std::atomic<std::int64_t> maximum;
     std::atomic<std::uint32_t> generation;   // goes up with every release; waiters sleep on it
     std::atomic<std::uint32_t> counting;     // not 0: some process released more than it had taken
+    std::atomic<std::uint32_t> waiters;      // asleep, and those that were killed in their sleep
+    std::atomic<std::uint32_t> slotsUsed;    // no slot from this one on was ever claimed
     std::atomic<std::int64_t> mergedBase;    // the redo record; valid while mergedSlot is not 0
     std::atomic<std::uint64_t> mergedSlot;   // index + 1
     std::atomic<std::int64_t> taken[kSlots]; // by each process: units taken less units released
@@ -163,20 +166,25 @@ public:
 
     DWORD wait(DWORD milliseconds) override {
         const Deadline deadline(milliseconds);
-        for (;;) {
+        for (bool counted = false;;) {
             std::atomic<std::uint32_t>* generation = nullptr;
             std::uint32_t seen = 0;
+            const bool late = deadline.passed();
             {
                 const Turn turn(*this);
                 if (!turn.granted())
                     return WAIT_FAILED;
+                if (counted && state->waiters != 0)
+                    --state->waiters;
                 if (takeUnit())
                     return WAIT_OBJECT_0;
+                if (late)
+                    return WAIT_TIMEOUT;
                 generation = &state->generation;
                 seen = *generation;
+                ++state->waiters;
+                counted = true;
             }
-            if (deadline.passed())
-                return WAIT_TIMEOUT;
             const auto pause = deadline.left(kLookAround);
             const timespec limit{0, static_cast<long>(pause.count()) * 1'000'000};
             syscall(SYS_futex, generation, FUTEX_WAIT, seen, &limit, nullptr, 0);
@@ -197,7 +205,8 @@ public:
             state->counting = 1; // first: a kill between the two must not make it a lock again
         state->taken[slot] = taken;
         ++state->generation;
-        syscall(SYS_futex, &state->generation, FUTEX_WAKE, count, nullptr, nullptr, 0);
+        if (state->waiters != 0)
+            syscall(SYS_futex, &state->generation, FUTEX_WAKE, count, nullptr, nullptr, 0);
         return TRUE;
     }
 
@@ -356,6 +365,8 @@ private:
         if (slot == kSlots || !lockByte(file, kStateByte, F_WRLCK, true))
             return false;
         redo();
+        if (state->slotsUsed <= slot)
+            state->slotsUsed = static_cast<std::uint32_t>(slot + 1);
         if (state->taken[slot] > 0 && state->counting == 0)
             state->taken[slot] = 0;
         else
@@ -367,8 +378,9 @@ private:
 
     std::int64_t available() const {
         std::int64_t count = state->base;
-        for (const auto& taken : state->taken)
-            count -= taken.load(std::memory_order_relaxed);
+        const std::size_t used = std::min<std::size_t>(state->slotsUsed, kSlots);
+        for (std::size_t each = 0; each < used; ++each)
+            count -= state->taken[each].load(std::memory_order_relaxed);
         return count;
     }
 
