@@ -22,12 +22,14 @@
 //      cannot read 0 there: its own part came before, in its own order, and nobody takes it away.
 //      So 0 means "I have no entry" to any thread, and to the holder of m_lock "nobody reads"; the
 //      reader that made it 0 did so with release order, after it had left the table.
-//   6. A pending writer stores m_pendingWriter before it looks at the table under m_arrayLock. A
-//      reader leaves the table and looks at m_pendingWriter under m_arrayLock too. Whoever comes
-//      second sees the first: the writer that the table is empty, or the reader that it has to open
-//      the gate. The gate wakes the writer, which then looks at the table again.
-//   7. The gate changes under m_arrayLock, with the count or the table, so that opening and closing
-//      cannot overtake each other.
+//   6. A pending writer stores m_pendingWriter before it looks at the table under m_arrayLock, and
+//      closes the gate there when others read. A reader leaves the table and looks at
+//      m_pendingWriter under m_arrayLock too. Whoever comes second sees the first: the writer that
+//      the table is empty, or the reader that it has to open the gate. The gate wakes the writer,
+//      which then looks at the table again.
+//   7. So the gate is closed only while a writer waits for readers, and readers that no writer
+//   waits
+//      for never touch it: what they would tell by it the table tells as well.
 namespace zv::core {
 
 namespace {
@@ -113,12 +115,6 @@ void CZvRWLockImpl::registerHold(std::uint32_t thread) {
         return;
     }
     m_readers.push_back({thread, 1});
-    if (m_count.load(std::memory_order_relaxed) == 0) {
-        if (const ResultCode code = GateClose(m_writerGate.get()); code < 0) {
-            m_readers.pop_back();
-            throw EZvCoreException(code);
-        }
-    }
     m_count.fetch_add(1, std::memory_order_relaxed);
 }
 
@@ -167,9 +163,9 @@ bool CZvRWLockImpl::releaseShared() {
         return false;
     if (--reader->holds == 0)
         m_readers.erase(reader);
-    const bool last = m_count.fetch_sub(1, std::memory_order_release) == 1;
+    m_count.fetch_sub(1, std::memory_order_release);
     const std::uint32_t pending = m_pendingWriter.load(std::memory_order_relaxed);
-    if (last || (pending != 0 && onlyReads(pending)))
+    if (pending != 0 && onlyReads(pending))
         throwIfFailed(GateOpen(m_writerGate.get()));
     return true;
 }
@@ -181,22 +177,21 @@ void CZvRWLockImpl::waitForReaders(std::uint32_t thread) {
     if (m_count.load(std::memory_order_acquire) == 0)
         return;
     m_pendingWriter.store(thread, std::memory_order_relaxed);
+    ResultCode code = kOk;
     for (;;) {
         {
             const Hold array(*m_arrayLock);
             if (onlyReads(thread))
                 break;
+            code = GateClose(m_writerGate.get());
         }
-        if (const ResultCode code = GateWait(m_writerGate.get()); code < 0) {
-            // The readers' business goes on: the gate is theirs again, whoever opened it.
-            const Hold array(*m_arrayLock);
-            m_pendingWriter.store(0, std::memory_order_relaxed);
-            if (m_count.load(std::memory_order_relaxed) != 0)
-                GateClose(m_writerGate.get());
-            throw EZvCoreException(code);
-        }
+        if (code >= 0)
+            code = GateWait(m_writerGate.get());
+        if (code < 0)
+            break;
     }
     m_pendingWriter.store(0, std::memory_order_relaxed);
+    throwIfFailed(code);
 }
 
 void CZvRWLockImpl::becomeWriter(std::uint32_t thread) {
@@ -216,8 +211,7 @@ std::int32_t CZvRWLockImpl::acquire() {
     return m_count.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
-// The thread never becomes the pending writer here: a reader that opened the gate for it could come
-// after the refusal, and would leave the gate open behind the back of this thread's shared holds.
+// The thread never becomes the pending writer here: it does not wait, so nobody has to wake it.
 bool CZvRWLockImpl::tryAcquire() {
     const std::uint32_t thread = GetCurrentThreadId();
     Hold lock(*m_lock, std::try_to_lock);
@@ -243,18 +237,13 @@ bool CZvRWLockImpl::release() {
     if (m_count.load(std::memory_order_relaxed) > 1) {
         m_count.fetch_sub(1, std::memory_order_relaxed);
     } else {
-        // The writer's shared holds live on as its table entry. The gate may stand either way: open
-        // since this thread waited at it, closed since it came with holds that it has given back.
+        // The writer's shared holds live on as its table entry.
         if (m_savedCount != 0 || !m_readers.empty()) {
             const Hold array(*m_arrayLock);
-            if (m_savedCount == 0) {
-                throwIfFailed(GateOpen(m_writerGate.get()));
+            if (m_savedCount == 0)
                 m_readers.clear();
-            } else {
-                throwIfFailed(GateClose(m_writerGate.get()));
-                // There is room: the table never shrinks below its first 8 entries.
+            else // there is room: the table never shrinks below its first 8 entries
                 m_readers.assign(1, {thread, static_cast<std::uint32_t>(m_savedCount)});
-            }
         }
         m_count.store(m_savedCount, std::memory_order_relaxed);
         m_savedCount = 0;
