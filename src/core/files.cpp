@@ -54,10 +54,11 @@ ResultCode ZvFileOpen(const char16_t* path, std::uint32_t flags, std::uint32_t m
         dispositionOf(creation);
 
         char16_t temporaryName[kFilePathCapacity];
+        const char16_t* name = path;
         if (temporary) {
             if (unnamed) {
                 throwIfFailed(ZvTempFileName(temporaryName));
-                path = temporaryName;
+                name = temporaryName;
                 creation = 0; // the file is there already
             } else {
                 creation |= kFileCreate;
@@ -70,7 +71,7 @@ ResultCode ZvFileOpen(const char16_t* path, std::uint32_t flags, std::uint32_t m
 
         const DWORD disposition = dispositionOf(creation);
         const HANDLE file =
-            g_wideCalls.CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+            g_wideCalls.CreateFileW(name, access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                     disposition, attributes, nullptr);
         if (file == INVALID_HANDLE_VALUE)
             throwLastError();

@@ -43,12 +43,12 @@ void notifyModuleManager(void (CZvModuleManager::*notification)(std::uintptr_t))
 void ZvCoreInitialize() {
     if (++coreStartCount != 1)
         return;
-    std::setlocale(LC_ALL, "");
+    (void)std::setlocale(LC_ALL, "");
 
     OSVERSIONINFOW version{};
     version.dwOSVersionInfoSize = sizeof version;
     GetVersionExW(&version);
-    g_bCoreNT = version.dwPlatformId == VER_PLATFORM_WIN32_NT;
+    g_bCoreNT = version.dwPlatformId == VER_PLATFORM_NT;
     LoadWideCalls(); // the table depends on the flag
 
     coreStartResult = coreFrame([] {
@@ -83,7 +83,7 @@ void ZvLibraryInitialize() {
     OSVERSIONINFOA version{};
     version.dwOSVersionInfoSize = sizeof version;
     GetVersionExA(&version);
-    g_bPlatformNT = version.dwPlatformId == VER_PLATFORM_WIN32_NT;
+    g_bPlatformNT = version.dwPlatformId == VER_PLATFORM_NT;
 }
 
 void ZvLibraryTerminate() {

@@ -26,7 +26,8 @@ template <typename Create>
 ResultCode createRecord(const char* name, std::uint32_t flags, Handle& handle, Create create) {
     handle = kNoHandle;
     return coreFrame([&] {
-        auto record = std::make_unique<SyncRecord>(nullptr, name != nullptr ? name : "", flags);
+        std::unique_ptr<SyncRecord> record(
+            new SyncRecord{nullptr, name != nullptr ? name : "", flags});
         record->object = create(*record);
         if (record->object == nullptr)
             throwLastError();

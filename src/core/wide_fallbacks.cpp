@@ -398,8 +398,8 @@ LONG giveName(const char* name, char16_t* target, DWORD* length) {
 }
 
 // Room for the longest names that the registry takes, in the widest code page.
-constexpr std::size_t kKeyNameRoom = 256 * 4;
-constexpr std::size_t kValueNameRoom = 16384 * 4;
+constexpr std::size_t kKeyNameRoom = std::size_t{256} * 4;
+constexpr std::size_t kValueNameRoom = std::size_t{16384} * 4;
 
 LONG ZV_SYSTEM_CALL regEnumKeyEx(HKEY key, DWORD index, char16_t* name, DWORD* nameLength,
                                  DWORD* reserved, char16_t*, DWORD* classLength,

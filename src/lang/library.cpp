@@ -40,7 +40,7 @@ zv::core::ResultCode ZvclInitialize() noexcept {
     if (++startCount != 1)
         return zv::core::kOk;
     return resultFrame([] {
-        std::setlocale(LC_ALL, "");
+        (void)std::setlocale(LC_ALL, "");
         replacedHandler = zv::core::SetAllocFailureHandler(throwOutOfMemory);
         g_pGlobalLock = new CZvMutex("ZVCL::g_pGlobalLock");
         registerClasses();

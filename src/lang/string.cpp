@@ -193,7 +193,7 @@ std::int32_t encode(const CZvString& text, CZvCharToByteConverter& converter,
     const BufferReadHold<char16_t> characters(text);
     converter.convert(characters.data(), read, characters.length(), destination, written, capacity);
     converter.flush(destination, written, capacity);
-    if (written < capacity)
+    if (destination != nullptr && written < capacity)
         destination[written++] = 0;
     return written;
 }
@@ -208,7 +208,7 @@ CZvString::CZvString() noexcept : buffer(sharedEmptyBuffer()) {}
 CZvString::CZvString(ZvRef<IZvCharBuffer> buffer) noexcept : buffer(std::move(buffer)) {}
 
 CZvString::CZvString(const CZvString& other) noexcept
-    : CZvAbstractCharBuffer(), buffer(other.buffer) {}
+    : CZvAbstractCharBuffer(other), buffer(other.buffer) {}
 
 CZvString::CZvString(CZvString&& other) noexcept : buffer(sharedEmptyBuffer()) {
     std::swap(buffer, other.buffer);

@@ -227,8 +227,8 @@ inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_UTF8 = 65001;
 inline constexpr DWORD MB_ERR_INVALID_CHARS = 8;
 
-inline constexpr DWORD VER_PLATFORM_WIN32_WINDOWS = 1;
-inline constexpr DWORD VER_PLATFORM_WIN32_NT = 2;
+inline constexpr DWORD VER_PLATFORM_WINDOWS = 1; // VER_PLATFORM_WIN32_…
+inline constexpr DWORD VER_PLATFORM_NT = 2;
 
 inline constexpr std::uint32_t HKEY_CLASSES_ROOT_VALUE = 0x80000000;
 inline constexpr std::uint32_t HKEY_CURRENT_USER_VALUE = 0x80000001;

@@ -68,10 +68,10 @@ TEST_F(Lifecycle, OnlyTheFirstStartAndTheLastStopWork) {
 }
 
 TEST_F(Lifecycle, ChoosesTheMutexKindByThePlatform) {
-    for (const DWORD platform : {VER_PLATFORM_WIN32_WINDOWS, VER_PLATFORM_WIN32_NT}) {
+    for (const DWORD platform : {VER_PLATFORM_WINDOWS, VER_PLATFORM_NT}) {
         platform::posix::setPlatformId(platform);
         ZvLibraryInitialize();
-        const bool nt = platform == VER_PLATFORM_WIN32_NT;
+        const bool nt = platform == VER_PLATFORM_NT;
         EXPECT_EQ(g_bCoreNT, nt);
         EXPECT_EQ(g_bPlatformNT, nt);
         EXPECT_EQ(dynamic_cast<CCriticalSectionProvider*>(g_globalData.mutexProvider) != nullptr,

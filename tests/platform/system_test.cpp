@@ -84,13 +84,13 @@ TEST(Version, IsOfTheFamilyThatATestChose) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     info.dwOSVersionInfoSize = sizeof info;
     EXPECT_TRUE(GetVersionExA(&info));
-    EXPECT_EQ(info.dwPlatformId, VER_PLATFORM_WIN32_NT);
-    zv::platform::posix::setPlatformId(VER_PLATFORM_WIN32_WINDOWS);
+    EXPECT_EQ(info.dwPlatformId, VER_PLATFORM_NT);
+    zv::platform::posix::setPlatformId(VER_PLATFORM_WINDOWS);
     OSVERSIONINFOW wide{};
     wide.dwOSVersionInfoSize = sizeof wide;
     EXPECT_TRUE(GetVersionExW(&wide));
-    EXPECT_EQ(wide.dwPlatformId, VER_PLATFORM_WIN32_WINDOWS);
-    zv::platform::posix::setPlatformId(VER_PLATFORM_WIN32_NT);
+    EXPECT_EQ(wide.dwPlatformId, VER_PLATFORM_WINDOWS);
+    zv::platform::posix::setPlatformId(VER_PLATFORM_NT);
 }
 
 TEST(Threads, HaveNumbersOfTheirOwnAlsoAfterAFork) {

@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
     try {
         return run(*migrate, library, source, target, drive);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "zvctl: cannot load the library: %s\n", error.what());
+        (void)std::fprintf(stderr, "zvctl: cannot load the library: %s\n", error.what());
         return kWrongUsage;
     }
 }

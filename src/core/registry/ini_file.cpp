@@ -247,9 +247,9 @@ bool IniFile::hasKey(std::u16string_view section, std::u16string_view key) const
     return table.find(section, key) != nullptr;
 }
 
-// Takes the groups' entries into the table and saves it once.
+// Takes the groups' entries into the table and saves it once, if there is anything to save: what an
+// earlier batch could not save is.
 bool IniFile::apply(std::vector<Group>& groups) {
-    bool changed = false;
     for (Group& group : groups) {
         for (IniEntry::Pointer& entry : group.entries) {
             if (table.checkNeighbours(group.section, entry->key()) < 0) {
@@ -262,10 +262,9 @@ bool IniFile::apply(std::vector<Group>& groups) {
                 continue;
             }
             table.set(group.section, std::move(entry));
-            changed = true;
         }
     }
-    return !changed || save() == 0;
+    return table.isSaved() || save() == 0;
 }
 
 int IniFile::setValue(std::u16string_view section, std::u16string_view key,
@@ -345,8 +344,7 @@ void IniFile::flushBatch() {
     std::vector<Group> groups = std::exchange(batch, {});
     batchCount = 0;
     // What the table has taken stays there until it can be saved.
-    if (!apply(groups))
-        batchSaved = false;
+    batchSaved = apply(groups);
 }
 
 // ---------------------------------------------------------------------------------------------

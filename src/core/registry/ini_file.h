@@ -51,7 +51,7 @@ public:
     // written together, in batches that double, so that the bytes written grow with the values and
     // not with their square. This object's readers see them. Of one migration at a time.
     void beginBatch();
-    // Writes what is left. False when a batch could not be saved.
+    // Writes what is left. False when some of the values are not in the file.
     bool endBatch();
 
     // Notes that a value has arrived in another store.

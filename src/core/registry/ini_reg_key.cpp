@@ -108,8 +108,9 @@ ResultCode CIniRegKey::setValue(std::uint32_t keyRoot, const std::u16string& key
         if (type != kRegString)
             return kNotImplemented;
         const std::u16string section = registry::SectionName(keyRoot, keyPath);
-        switch (file.setValue(section, name != nullptr ? name : u"",
-                              static_cast<const char16_t*>(data), true)) {
+        const auto* text = static_cast<const char16_t*>(data);
+        switch (file.setValue(section, name != nullptr ? name : u"", text != nullptr ? text : u"",
+                              true)) {
         case IniFile::kSet:
             return kOk;
         case IniFile::kWouldDamage:

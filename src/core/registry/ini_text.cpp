@@ -85,6 +85,14 @@ bool isBlank(std::string_view line) {
     return std::all_of(line.begin(), line.end(), isSpace);
 }
 
+// A skipped line that somebody may have meant as a value: it has a "=", and none of the marks at
+// its beginning that comments have.
+bool looksLikeValue(std::string_view line) {
+    const auto first = std::find_if_not(line.begin(), line.end(), isSpace);
+    return first != line.end() && std::string_view(";#:").find(*first) == std::string_view::npos &&
+           line.find('=') != std::string_view::npos;
+}
+
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -128,6 +136,7 @@ public:
             if (line.empty() || line.front() != '[') {
                 if (!isBlank(line))
                     skipped.append(start.substr(0, start.size() - rest.size()));
+                result.hasUnread |= looksLikeValue(line);
                 continue;
             }
             if (!readSection(line, skipped)) {
@@ -178,6 +187,7 @@ private:
             if (endsSection(line)) {
                 if (!isBlank(line))
                     ending = start.substr(0, start.size() - rest.size());
+                result.hasUnread |= looksLikeValue(line);
                 break;
             }
             if (!readKey(line, section))
@@ -400,11 +410,13 @@ void IniTable::markCarried(std::u16string_view section, std::u16string_view key)
 }
 
 bool IniTable::isWhollyCarried() const {
-    if (!malformed.empty())
+    if (!malformed.empty() || hasUnread)
         return false;
     for (const auto& [name, section] : table) {
+        if (!section.rawName.empty())
+            return false;
         for (const IniEntry::Pointer& entry : section.keys) {
-            if (!entry->carried)
+            if (!entry->carried || !entry->rawKey().empty() || !entry->rawValue().empty())
                 return false;
         }
     }

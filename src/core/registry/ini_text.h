@@ -100,6 +100,7 @@ public:
     // unsaved until the next markSaved.
     void set(std::u16string_view section, IniEntry::Pointer entry);
     void markSaved();
+    bool isSaved() const { return !hasUnsaved; }
     // Sets the values of another table that are not saved, where they do no damage.
     void takeUnsaved(const IniTable& other);
 
@@ -112,7 +113,8 @@ public:
 
     // Notes that a value has arrived in another store.
     void markCarried(std::u16string_view section, std::u16string_view key);
-    // Nothing would be lost with the file: every value is marked and the whole text was read.
+    // No value would be lost with the file: every one is marked and has no bytes but its text's,
+    // and no line was passed over that may have been meant as one.
     bool isWhollyCarried() const;
 
     std::size_t entryCount() const { return entries; }
@@ -124,8 +126,9 @@ private:
     IniSections table;
     // The section that was looked up last: values come section by section.
     mutable const IniSections::value_type* last = nullptr;
-    std::string after;     // skipped lines behind the last section
-    std::string malformed; // from the section that could not be read to the end of the file
+    std::string after;      // skipped lines behind the last section
+    std::string malformed;  // from the section that could not be read to the end of the file
+    bool hasUnread = false; // a skipped line looks like a value
     std::size_t entries = 0;
     std::size_t sizeEstimate = 0;
     std::uint32_t change = 1; // of the entries that are set from now on; 0: read from the file

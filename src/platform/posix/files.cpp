@@ -126,7 +126,7 @@ DWORD lowPart(std::uint64_t value) {
 // Where an open file is now; empty when it has no name any more, or none that leads to it.
 std::string currentPathOf(int file) {
     char link[40];
-    std::snprintf(link, sizeof link, "/proc/self/fd/%d", file);
+    (void)std::snprintf(link, sizeof link, "/proc/self/fd/%d", file);
     char path[PATH_MAX];
     const ssize_t length = readlink(link, path, sizeof path);
     if (length <= 0 || length == sizeof path)
@@ -530,7 +530,7 @@ public:
             data->nFileSizeHigh = highPart(size);
             data->nFileSizeLow = lowPart(size);
             static_assert(sizeof data->cFileName > NAME_MAX);
-            std::strcpy(data->cFileName, entry->d_name);
+            std::memcpy(data->cFileName, entry->d_name, std::strlen(entry->d_name) + 1);
             return true;
         }
         return false;
@@ -653,7 +653,7 @@ DWORD giveFullPath(const std::basic_string<Char>& path, DWORD size, Char* buffer
 
 std::string temporaryName(std::string_view folder, std::string_view prefix, UINT number) {
     char tail[20];
-    std::snprintf(tail, sizeof tail, "%X.tmp", number);
+    (void)std::snprintf(tail, sizeof tail, "%X.tmp", number);
     std::string name(folder);
     if (!name.empty() && !name.ends_with('/'))
         name += '/';

@@ -21,11 +21,11 @@ namespace zv::platform::posix {
 namespace {
 
 // Units read at a time; a longer line makes the room grow.
-constexpr std::size_t kBlockUnits = 128 * 1024;
+constexpr std::size_t kBlockUnits = std::size_t{128} * 1024;
 // The beginning of a file that tells its encoding and its header.
 constexpr std::size_t kHeadBytes = 256;
 // A hive below this size is not worth rewriting.
-constexpr off_t kCompactionFloor = 64 * 1024;
+constexpr off_t kCompactionFloor = off_t{64} * 1024;
 
 constexpr std::u16string_view kDamagedNotice =
     u"; What could not be read as part of the hive, in the order in which it was met.\r\n\r\n";

@@ -17,7 +17,7 @@ constexpr std::uint32_t kMultiString = 7;
 // A hex line is broken at the first comma from this column on: none is longer than 80.
 constexpr std::size_t kHexBreakColumn = 77;
 // Units of one piece of writeTree, and of one entry in it.
-constexpr std::size_t kPieceUnits = 32 * 1024;
+constexpr std::size_t kPieceUnits = std::size_t{32} * 1024;
 
 bool isBlank(char16_t unit) {
     return unit == u' ' || unit == u'\t';

@@ -29,13 +29,13 @@ constexpr DWORD kUnknownRevision = 1305;
 // ---------------------------------------------------------------------------------------------
 // Version
 
-constinit std::atomic<DWORD> shownPlatform{VER_PLATFORM_WIN32_NT};
+constinit std::atomic<DWORD> shownPlatform{VER_PLATFORM_NT};
 
 template <typename Info>
 BOOL giveVersion(Info* info) {
     if (info == nullptr || info->dwOSVersionInfoSize != sizeof(Info))
         return failWith(ERROR_INVALID_PARAMETER, FALSE);
-    const bool isNt = shownPlatform == VER_PLATFORM_WIN32_NT;
+    const bool isNt = shownPlatform == VER_PLATFORM_NT;
     *info = Info{};
     info->dwOSVersionInfoSize = sizeof(Info);
     info->dwMajorVersion = isNt ? 5 : 4;

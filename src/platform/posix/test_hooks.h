@@ -6,8 +6,8 @@
 
 namespace zv::platform::posix {
 
-// The family that GetVersionEx answers from now on, in every thread: VER_PLATFORM_WIN32_NT (as in a
-// new process) or VER_PLATFORM_WIN32_WINDOWS.
+// The family that GetVersionEx answers from now on, in every thread: VER_PLATFORM_NT (as in a
+// new process) or VER_PLATFORM_WINDOWS.
 void setPlatformId(DWORD platformId) noexcept;
 
 } // namespace zv::platform::posix
