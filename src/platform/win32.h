@@ -366,7 +366,8 @@ void ZV_SYSTEM_CALL Sleep(DWORD milliseconds);
 // Opens or creates a file. INVALID_HANDLE_VALUE on failure: 2 no such file, 3 no such folder, 5 not
 // allowed, 80 CREATE_NEW of a file that is there, 206 name too long. On success with CREATE_ALWAYS
 // or OPEN_ALWAYS, GetLastError() is 183 when the file was there before and 0 when it was not.
-// The handle is not inherited by programs that the process starts.
+// A new file gets the rights that are usual for the process; with FILE_ATTRIBUTE_TEMPORARY nobody but
+// its owner may open it. The handle is not inherited by programs that the process starts.
 HANDLE ZV_SYSTEM_CALL CreateFileA(const char* path, DWORD access, DWORD share,
                                   SECURITY_ATTRIBUTES* attributes, DWORD disposition, DWORD flags,
                                   HANDLE templateFile);

@@ -186,11 +186,13 @@ int IniFile::save() {
 DWORD IniFile::saveBeside(const std::string& target, bool exists, const std::string& text) {
     const std::string beside =
         target + "." + std::to_string(GetCurrentProcessId()) + std::string(kNewSuffix);
+    // What replaces a file may be meant for few eyes; it gets the old file's rights at the end.
+    const DWORD attributes = exists ? FILE_ATTRIBUTE_TEMPORARY : FILE_ATTRIBUTE_NORMAL;
     bool done = false;
     DWORD error = ERROR_SUCCESS;
     {
         const UniqueFileHandle file(CreateFileA(beside.c_str(), GENERIC_WRITE, 0, nullptr,
-                                                CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+                                                CREATE_NEW, attributes, nullptr));
         if (!file)
             return GetLastError();
         done = writeWhole(file.get(), text) && FlushFileBuffers(file.get()) != 0;
@@ -319,22 +321,24 @@ void IniFile::beginBatch() {
 bool IniFile::endBatch() {
     const std::lock_guard memoryHold(memoryMutex);
     batching = false;
+    if (batch.empty() && !table.isSaved())
+        batch.emplace_back(); // what an earlier batch could not save is tried once more
     flushBatch();
     return batchSaved;
 }
 
+// A batch that cannot be written now, since the file cannot be read, stays for the next one.
 void IniFile::collect(std::u16string_view section, std::u16string_view key,
                       std::u16string_view value) {
-    if (batchCount >= batchLimit) {
-        flushBatch();
-        // Each file that is written is at least twice as large as the one before.
-        batchLimit = std::max(2 * batchLimit, table.entryCount());
-    }
     IniEntry::Pointer entry = IniEntry::make(key, value);
     if (batch.empty() || batch.back().section != section)
         batch.push_back({std::u16string(section), {}});
     batch.back().entries.push_back(std::move(entry));
-    ++batchCount;
+    if (++batchCount < batchLimit)
+        return;
+    flushBatch();
+    // Each file that is written is at least twice as large as the one before.
+    batchLimit = std::max(2 * batchLimit, table.entryCount());
 }
 
 void IniFile::flushBatch() {

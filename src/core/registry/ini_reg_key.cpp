@@ -43,7 +43,7 @@ ResultCode nextName(Handle handle, char16_t* name, std::uint32_t& nameLength) {
 } // namespace
 
 ResultCode CIniRegKey::openSubKeys() {
-    subKeyEnum = kNoHandle;
+    closeEnumeration(subKeyEnum);
     return coreFrame([&] {
         subKeyEnum = handleOf(std::make_unique<IniFileSetIterator>(
             registry::EnsureLoaded(), registry::SectionName(root, path)));
@@ -56,7 +56,7 @@ ResultCode CIniRegKey::enumSubKey(char16_t* name, std::uint32_t& nameLength) {
 }
 
 ResultCode CIniRegKey::openValues() {
-    valueEnum = kNoHandle;
+    closeEnumeration(valueEnum);
     return coreFrame([&] {
         valueEnum = handleOf(std::make_unique<IniFileKeyIterator>(
             registry::EnsureLoaded(), registry::SectionName(root, path)));

@@ -209,6 +209,7 @@ ResultCode NativeRegClose(Handle handle) noexcept {
 }
 
 ResultCode CNativeRegKey::openSubKeys() {
+    closeEnumeration(subKeyEnum);
     return NativeRegOpenSubKeys(root, path.c_str(), subKeyEnum);
 }
 
@@ -217,6 +218,7 @@ ResultCode CNativeRegKey::enumSubKey(char16_t* name, std::uint32_t& nameLength) 
 }
 
 ResultCode CNativeRegKey::openValues() {
+    closeEnumeration(valueEnum);
     return NativeRegOpenValues(root, path.c_str(), valueEnum);
 }
 

@@ -33,11 +33,14 @@ bool fetchName(Fetch fetch, std::u16string& result) {
 
 CRegKey::CRegKey(std::uint32_t root, std::u16string path) : root(root), path(std::move(path)) {}
 
+void CRegKey::closeEnumeration(Handle& handle) {
+    if (handle != kNoHandle)
+        closeEnum(std::exchange(handle, kNoHandle));
+}
+
 void CRegKey::closeEnumerations() {
-    for (Handle* handle : {&subKeyEnum, &valueEnum}) {
-        if (*handle != kNoHandle)
-            closeEnum(std::exchange(*handle, kNoHandle));
-    }
+    closeEnumeration(subKeyEnum);
+    closeEnumeration(valueEnum);
 }
 
 bool CRegKey::hasNextSubKey() {

@@ -44,8 +44,8 @@ public:
     // A new key object of the same class.
     virtual ResultCode createKey(CoreRef<CRegKey>& result, std::uint32_t root,
                                  const std::u16string& path) = 0;
-    // Reads a value. size: in, the room at data in bytes; out, the value's size. What does not fit
-    // is not written.
+    // Reads a value. size: in, the room at data in bytes; out, the value's size. A value that does
+    // not fit is a failure, and data then hold nothing of use.
     virtual ResultCode queryValue(const char16_t* name, RegValueType& type, void* data,
                                   std::uint32_t& size) = 0;
     // Writes a value at (root, path), whatever the object's own position, and creates the key as
@@ -70,7 +70,9 @@ public:
     const std::u16string& getPath() const { return path; }
 
 protected:
-    // For the destructors of the back-ends, whose closeEnum it needs.
+    // Ends one enumeration, so that it can be opened anew.
+    void closeEnumeration(Handle& handle);
+    // Ends both: for the destructors of the back-ends, whose closeEnum it needs.
     void closeEnumerations();
 
     std::uint32_t root;

@@ -20,6 +20,8 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
 #include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -216,7 +218,10 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD, SECURITY_ATTRIBUTES*, 
             truncatesReadOnly)
             return failWith(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
 
-        const mode_t mode = (flags & FILE_ATTRIBUTE_READONLY) != 0 ? 0444 : 0666;
+        // A temporary file is its maker's alone: it may hold what is to become a private file.
+        mode_t mode = (flags & FILE_ATTRIBUTE_TEMPORARY) != 0 ? 0600 : 0666;
+        if ((flags & FILE_ATTRIBUTE_READONLY) != 0)
+            mode &= 0444;
         int openFlags = accessMode(access) | O_NOCTTY;
         if ((flags & FILE_FLAG_WRITE_THROUGH) != 0)
             openFlags |= O_DSYNC;
@@ -344,7 +349,12 @@ BOOL GetFileInformationByHandle(HANDLE handle, BY_HANDLE_FILE_INFORMATION* info)
     info->nFileSizeHigh = highPart(size);
     info->nFileSizeLow = lowPart(size);
     info->nNumberOfLinks = static_cast<DWORD>(status.st_nlink);
-    info->nFileIndexHigh = highPart(status.st_ino);
+    // A file system may give a freed inode's number to the next file at once; the generation tells
+    // the two apart where there is one.
+    std::uint32_t generation = 0;
+    if (ioctl(file->descriptor(), FS_IOC_GETVERSION, &generation) != 0)
+        generation = 0;
+    info->nFileIndexHigh = highPart(status.st_ino) ^ generation;
     info->nFileIndexLow = lowPart(status.st_ino);
     return TRUE;
 }

@@ -126,6 +126,27 @@ TEST_F(IniFileTest, KeepsModeAndLinkAndRemovesLeftovers) {
     EXPECT_EQ(namesIn("other"), expected);
 }
 
+// The rights of the new file beside the old one while it is being filled.
+fs::perms rightsBeside = fs::perms::unknown;
+
+seam::Verdict lookBeside(seam::FileCall call, const char*) {
+    for (const auto& entry : fs::directory_iterator(".")) {
+        if (call == seam::FileCall::Write && entry.path().extension() == ".zvtmp")
+            rightsBeside = entry.status().permissions();
+    }
+    return {};
+}
+
+TEST_F(IniFileTest, APrivateFileWasReadableByOthersWhileItWasSaved) {
+    writeFile("t.ini", "[s]\nk=v\n");
+    fs::permissions("t.ini", fs::perms::owner_read | fs::perms::owner_write);
+    IniFile file(kPath);
+    seam::setHook(lookBeside);
+    EXPECT_EQ(file.setValue(u"s", u"k", u"w", true), IniFile::kSet);
+    seam::setHook(nullptr);
+    EXPECT_EQ(rightsBeside, fs::perms::owner_read | fs::perms::owner_write);
+}
+
 TEST_F(IniFileTest, AFileThatCannotBeReadIsNotWrittenOver) {
     fs::create_directory("t.ini");
     EXPECT_THROW(IniFile file(kPath), EZvCoreException);
