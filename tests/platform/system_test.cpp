@@ -193,7 +193,7 @@ TEST(Processes, TakeFolderAndEnvironmentOrAreRefused) {
     CloseHandle(process.hThread);
     EXPECT_EQ(zv::test::readFile("sub/out"), "word");
 
-    char missing[] = "no_such_program x";
+    char missing[] = "./no_such_program x"; // no search of folders that may be closed to the user
     EXPECT_FALSE(CreateProcessA(nullptr, missing, nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                                 nullptr, &process));
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
