@@ -56,8 +56,11 @@ std::string finalPath(HANDLE file, const std::string& path) {
     for (;;) {
         const auto room = static_cast<DWORD>(resolved.size());
         const DWORD length = GetFinalPathNameByHandleA(file, resolved.data(), room, 0);
-        if (length == 0)
+        if (length == 0) {
+            if (GetLastError() == ERROR_OUTOFMEMORY)
+                throw EZvCoreException(kOutOfMemory);
             return path;
+        }
         resolved.resize(length < room ? length : length + 1);
         if (length < room)
             return resolved;
@@ -164,6 +167,18 @@ int IniFile::save() {
         exists = true;
     } else if (error = GetLastError(); isMissing(error)) {
         error = ERROR_SUCCESS;
+        // A name that is there and leads nowhere is a link: the file that it means is made first.
+        WIN32_FIND_DATAA found;
+        if (UniqueHandle<SearchTraits>(FindFirstFileA(narrowPath.c_str(), &found))) {
+            const UniqueFileHandle made(CreateFileA(narrowPath.c_str(), GENERIC_READ, kShareAll,
+                                                    nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                                                    nullptr));
+            exists = static_cast<bool>(made);
+            if (exists)
+                target = finalPath(made.get(), narrowPath);
+            else
+                error = GetLastError();
+        }
     }
     if (error == ERROR_SUCCESS) {
         removeLeftovers(target);
@@ -249,11 +264,13 @@ bool IniFile::hasKey(std::u16string_view section, std::u16string_view key) const
     return table.find(section, key) != nullptr;
 }
 
-// Takes the groups' entries into the table and saves it once, if there is anything to save: what an
-// earlier batch could not save is.
-bool IniFile::apply(std::vector<Group>& groups) {
-    for (Group& group : groups) {
+// Takes the batch's entries into the table. When memory runs out, those that have not got there
+// stay in the batch.
+void IniFile::applyBatch() {
+    for (Group& group : batch) {
         for (IniEntry::Pointer& entry : group.entries) {
+            if (entry == nullptr)
+                continue;
             if (table.checkNeighbours(group.section, entry->key()) < 0) {
                 entry.reset();
                 continue;
@@ -266,7 +283,8 @@ bool IniFile::apply(std::vector<Group>& groups) {
             table.set(group.section, std::move(entry));
         }
     }
-    return table.isSaved() || save() == 0;
+    batch.clear();
+    batchCount = 0;
 }
 
 int IniFile::setValue(std::u16string_view section, std::u16string_view key,
@@ -314,17 +332,17 @@ void IniFile::getSectionNames(std::vector<std::u16string>& names) {
 void IniFile::beginBatch() {
     const std::lock_guard memoryHold(memoryMutex);
     batching = true;
-    batchSaved = true;
     batchLimit = kFirstBatch;
 }
 
 bool IniFile::endBatch() {
     const std::lock_guard memoryHold(memoryMutex);
     batching = false;
-    if (batch.empty() && !table.isSaved())
-        batch.emplace_back(); // what an earlier batch could not save is tried once more
-    flushBatch();
-    return batchSaved;
+    if (batch.empty() && table.isSaved())
+        return true;
+    const Access access(*this);
+    applyBatch();
+    return table.isSaved() || save() == 0; // an earlier batch may have to be saved yet
 }
 
 // A batch that cannot be written now, since the file cannot be read, stays for the next one.
@@ -345,10 +363,10 @@ void IniFile::flushBatch() {
     if (batch.empty())
         return;
     const Access access(*this);
-    std::vector<Group> groups = std::exchange(batch, {});
-    batchCount = 0;
-    // What the table has taken stays there until it can be saved.
-    batchSaved = apply(groups);
+    applyBatch();
+    // What cannot be saved now goes with the next batch, or with the end.
+    if (!table.isSaved())
+        save();
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -93,7 +93,7 @@ private:
     // With the lock held:
     void refresh();
     void load(HANDLE file);
-    bool apply(std::vector<Group>& groups);
+    void applyBatch();
     int save();
     static DWORD saveBeside(const std::string& target, bool exists, const std::string& text);
     static void removeLeftovers(const std::string& target);
@@ -108,7 +108,6 @@ private:
 
     std::mutex memoryMutex; // guards the members; taken before the lock
     bool batching = false;
-    bool batchSaved = true;
     std::vector<Group> batch;
     std::size_t batchCount = 0;
     std::size_t batchLimit = 0;

@@ -5,6 +5,17 @@
 
 namespace zv::core {
 
+namespace {
+
+// The unit that follows the backslash in code-unit order.
+constexpr char16_t kBehindSeparator = u'\\' + 1;
+
+bool bySpelling(const std::u16string* left, const std::u16string& right) {
+    return *left < right;
+}
+
+} // namespace
+
 void IniFileIteratorBase::next(std::u16string& result) {
     if (!hasNext())
         throw EZvCoreException(kFail);
@@ -17,19 +28,21 @@ IniFileSetIterator::IniFileSetIterator(IniFile& file, std::u16string prefix)
     const std::lock_guard memoryHold(file.memoryMutex);
     file.flushBatch();
     const IniFile::Access access(file);
-    const IniSections& sections = file.table.sections();
-    // Sections that begin with the prefix in any spelling stand together.
-    for (auto section = sections.lower_bound(start); section != sections.end(); ++section) {
-        const std::u16string_view sectionName = section->first;
-        if (compareNames(sectionName.substr(0, start.size()), start) != 0)
-            break;
-        if (!sectionName.starts_with(start))
-            continue;
-        const std::u16string_view below = sectionName.substr(start.size());
+    const auto& sections = file.table.sectionsBySpelling();
+    auto section = std::lower_bound(sections.begin(), sections.end(), start, bySpelling);
+    while (section != sections.end() && (*section)->starts_with(start)) {
+        const auto below = std::u16string_view(**section).substr(start.size());
         const std::u16string_view child = below.substr(0, below.find(u'\\'));
         // An empty component would lead from a root to itself.
-        if (!child.empty() && (names.empty() || names.back() != child))
+        if (!child.empty())
             names.emplace_back(child);
+        // What is below the child stands together, and apart from the child itself.
+        if (child.size() == below.size()) {
+            ++section;
+        } else {
+            const std::u16string behind = start + std::u16string(child) + kBehindSeparator;
+            section = std::lower_bound(section, sections.end(), behind, bySpelling);
+        }
     }
     std::sort(names.begin(), names.end());
     names.erase(std::unique(names.begin(), names.end()), names.end());

@@ -34,8 +34,8 @@ protected:
 };
 
 // The children of a section: whatever stands between "prefix\" and the next backslash or the end of
-// some section's name, in any order of sections, once each and in code-unit order. The prefix has
-// to match in its very spelling. An empty name is no child.
+// some section's name, once each and in code-unit order. The prefix has to match in its very
+// spelling. An empty name is no child. What is below a child is passed over in one step.
 class IniFileSetIterator final : public IniFileIteratorBase {
 public:
     IniFileSetIterator(IniFile& file, std::u16string prefix);

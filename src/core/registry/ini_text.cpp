@@ -293,6 +293,20 @@ const IniSection* IniTable::findSection(std::u16string_view name) const {
     return &last->second;
 }
 
+const std::vector<const std::u16string*>& IniTable::sectionsBySpelling() const {
+    if (bySpelling.size() != table.size()) { // sections come and never go
+        std::vector<const std::u16string*> names;
+        names.reserve(table.size());
+        for (const auto& [name, section] : table)
+            names.push_back(&name);
+        std::sort(
+            names.begin(), names.end(),
+            [](const std::u16string* left, const std::u16string* right) { return *left < *right; });
+        bySpelling = std::move(names);
+    }
+    return bySpelling;
+}
+
 const IniEntry* IniTable::find(std::u16string_view section, std::u16string_view key) const {
     const IniSection* found = findSection(section);
     if (found == nullptr)
@@ -368,6 +382,10 @@ ResultCode IniTable::checkEntry(std::u16string_view key, std::u16string_view val
         key.find(u'=') != std::u16string_view::npos ||
         value.find_first_of(breaks) != std::u16string_view::npos || key.size() > INT_MAX / 8 ||
         value.size() > INT_MAX / 8)
+        return kInvalidArgument;
+    // A code page may fit a sign that it lacks to a control character, a line end among them.
+    if (!isAscii(value) &&
+        narrow(value).find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos)
         return kInvalidArgument;
     // A line that begins with white space would end the section.
     if (!key.empty() && key.front() < 0x80 && isSpace(static_cast<char>(key.front())))

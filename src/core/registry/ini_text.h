@@ -26,6 +26,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zv::core {
 
@@ -94,6 +95,8 @@ public:
     std::string write() const;
 
     const IniSections& sections() const { return table; }
+    // The sections' names in plain code-unit order. Good until the table changes.
+    const std::vector<const std::u16string*>& sectionsBySpelling() const;
     const IniEntry* find(std::u16string_view section, std::u16string_view key) const;
     const IniSection* findSection(std::u16string_view name) const;
     // Sets a value; the key keeps the spelling that it has. The entry is taken over; it counts as
@@ -126,6 +129,8 @@ private:
     IniSections table;
     // The section that was looked up last: values come section by section.
     mutable const IniSections::value_type* last = nullptr;
+    // Made when it is asked for.
+    mutable std::vector<const std::u16string*> bySpelling;
     std::string after;      // skipped lines behind the last section
     std::string malformed;  // from the section that could not be read to the end of the file
     bool hasUnread = false; // a skipped line looks like a value

@@ -26,8 +26,8 @@ public:
 
     // Writes into the file are collected, from the first value on.
     void copyValue(CRegKey& key, const std::u16string& name, CRegKey& targetKey) {
-        if (target == BackendKind::Ini && !std::exchange(batching, true))
-            registry::EnsureLoaded().beginBatch();
+        if (target == BackendKind::Ini && !batching)
+            batching = beginBatch();
         const ResultCode code = readOrCopy(key, name, targetKey);
         if (code == kOutOfMemory)
             throw EZvCoreException(code);
@@ -37,17 +37,30 @@ public:
         }
     }
 
-    // Writes what is still collected, also after a failure: what was copied stays copied.
+    // Writes what is still collected, also after a failure: what was copied stays copied. Values
+    // that cannot be written are passed over; 0 or kOutOfMemory.
     ResultCode finish() noexcept {
         if (!std::exchange(batching, false))
             return kOk;
-        return coreFrame([] {
+        const ResultCode code = coreFrame([] {
             registry::EnsureLoaded().endBatch();
             return kOk;
         });
+        return code == kOutOfMemory ? code : kOk;
     }
 
 private:
+    // False while the file cannot be read: its values cannot be written either.
+    static bool beginBatch() {
+        const ResultCode code = coreFrame([] {
+            registry::EnsureLoaded().beginBatch();
+            return kOk;
+        });
+        if (code == kOutOfMemory)
+            throw EZvCoreException(code);
+        return code >= 0;
+    }
+
     ResultCode readOrCopy(CRegKey& key, const std::u16string& name, CRegKey& targetKey) const {
         if (source != target)
             return key.copyValue(name, targetKey);

@@ -147,6 +147,20 @@ TEST_F(IniFileTest, APrivateFileWasReadableByOthersWhileItWasSaved) {
     EXPECT_EQ(rightsBeside, fs::perms::owner_read | fs::perms::owner_write);
 }
 
+TEST_F(IniFileTest, MakesTheFileThatALinkMeans) {
+    fs::create_directory("other");
+    fs::create_symlink("other/real.ini", "t.ini");
+    IniFile file(kPath);
+    EXPECT_EQ(namesIn("other"), std::set<std::string>{});
+    ASSERT_EQ(file.setValue(u"s", u"a", u"1", true), IniFile::kSet);
+    EXPECT_TRUE(fs::is_symlink("t.ini"));
+    EXPECT_EQ(namesIn("other"), std::set<std::string>{"real.ini"});
+    EXPECT_EQ(readFile("t.ini"), "[s]\r\na=1\r\n\r\n");
+    fs::remove_all("other"); // now it means nothing that could be made
+    EXPECT_EQ(file.setValue(u"s", u"b", u"2", true), IniFile::kNotSaved);
+    EXPECT_TRUE(fs::is_symlink("t.ini"));
+}
+
 TEST_F(IniFileTest, AFileThatCannotBeReadIsNotWrittenOver) {
     fs::create_directory("t.ini");
     EXPECT_THROW(IniFile file(kPath), EZvCoreException);

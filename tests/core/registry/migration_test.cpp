@@ -336,4 +336,14 @@ TEST_F(MigrationTest, AFileThatWasNotReadWithoutLossIsMovedAside) {
     }
 }
 
+// Values that cannot be written are passed over; a source that cannot be read is not an empty one.
+TEST_F(MigrationTest, AFileThatCannotBeReadStaysAsItIs) {
+    writeFile(hivePath(), hiveOf(kSource));
+    fs::create_directory(kFile);
+    EXPECT_EQ(nativeToIni(), kOk);
+    EXPECT_EQ(iniToNative(), kAccessDenied);
+    EXPECT_TRUE(fs::is_directory(kFile));
+    EXPECT_EQ(nativeValues(), kSource);
+}
+
 } // namespace
