@@ -121,7 +121,6 @@ public:
     bool isWhollyCarried() const;
 
     std::size_t entryCount() const { return entries; }
-    std::size_t textSize() const { return sizeEstimate; } // about what write() gives, in bytes
 
 private:
     friend class IniParser;
@@ -135,8 +134,8 @@ private:
     std::string malformed;  // from the section that could not be read to the end of the file
     bool hasUnread = false; // a skipped line looks like a value
     std::size_t entries = 0;
-    std::size_t sizeEstimate = 0;
-    std::uint32_t change = 1; // of the entries that are set from now on; 0: read from the file
+    std::size_t sizeEstimate = 0; // about what write() gives, in bytes
+    std::uint32_t change = 1;     // of the entries that are set from now on; 0: read from the file
     bool hasUnsaved = false;
     std::uint32_t savedChange = 0; // entries up to this one are in the file
 };
