@@ -101,6 +101,8 @@ ResultCode ZvTempFileName(char16_t* result) noexcept {
 
 ResultCode ZvFileClose(Handle handle) noexcept {
     return coreFrame([&] {
+        if (handle == kNoHandle)
+            return kInvalidHandle;
         if (CloseHandle(asHandle(handle)) == 0)
             throwLastError();
         return kOk;

@@ -27,6 +27,7 @@ void CZvGlobalData::build() {
     mutexProvider = provider.detach();
 
     throwIfFailed(MutexCreate("CZvGlobalData::m_debugMutex", 1, m_debugMutex));
+    throwIfFailed(MutexCreate("CZvGlobalData::m_migrationMutex", 0, m_migrationMutex));
     moduleManager = new CZvModuleManager;
     clientData = makeCoreRef<CZvClientData>().detach();
 }
@@ -35,8 +36,8 @@ void CZvGlobalData::tearDown() noexcept {
     if (CZvClientData* client = std::exchange(clientData, nullptr))
         client->dropReference();
     delete std::exchange(moduleManager, nullptr);
-    if (const Handle mutex = std::exchange(m_debugMutex, kNoHandle); mutex != kNoHandle)
-        MutexDestroy(mutex);
+    MutexTraits::close(std::exchange(m_migrationMutex, kNoHandle));
+    MutexTraits::close(std::exchange(m_debugMutex, kNoHandle));
     if (IMutexProvider* provider = std::exchange(mutexProvider, nullptr))
         provider->dropReference();
 }

@@ -22,6 +22,7 @@ public:
 
     IMutexProvider* mutexProvider = nullptr;
     Handle m_debugMutex = kNoHandle;
+    Handle m_migrationMutex = kNoHandle; // held by the one migration that is under way
     CZvModuleManager* moduleManager = nullptr;
     CZvClientData* clientData = nullptr; // one counted reference
 };

@@ -52,21 +52,6 @@ struct SyncTraits {
 };
 using UniqueSync = UniqueHandle<SyncTraits>;
 
-// Holds one unit of a semaphore for a scope. The constructor throws EZvCoreException when the wait
-// fails; a failing release in the destructor is not reported.
-class SemaphoreHold {
-public:
-    explicit SemaphoreHold(Handle semaphore) : semaphore(semaphore) {
-        throwIfFailed(SemaphoreWait(semaphore));
-    }
-    ~SemaphoreHold() { SemaphoreRelease(semaphore); }
-    SemaphoreHold(const SemaphoreHold&) = delete;
-    SemaphoreHold& operator=(const SemaphoreHold&) = delete;
-
-private:
-    Handle semaphore;
-};
-
 } // namespace zv::core
 
 #endif

@@ -151,8 +151,9 @@ char16_t towlower(char16_t unit) {
 char16_t towupper(char16_t unit) {
     if (unit < 0x80)
         return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 0x20) : unit;
-    const auto upper = std::towupper(static_cast<std::wint_t>(unit));
-    return upper <= 0xFFFF ? static_cast<char16_t>(upper) : unit;
+    const std::wint_t upper = std::towupper(static_cast<std::wint_t>(unit));
+    const auto folded = static_cast<char16_t>(upper);
+    return folded == upper ? folded : unit; // a letter beyond 16 bits is no answer
 }
 
 char16_t* _wcsupr(char16_t* text) {

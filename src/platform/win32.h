@@ -250,7 +250,8 @@ inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 inline constexpr DWORD DLL_PROCESS_DETACH = 0;
 inline constexpr DWORD DLL_PROCESS_ATTACH = 1;
 
-// The COM task allocator's interface, in slot order.
+// The COM task allocator's interface, in slot order. It lives as long as the process: AddRef and
+// Release answer numbers above 0 that tell nothing.
 class IMalloc {
 public:
     virtual std::int32_t ZV_INTERFACE_CALL QueryInterface(const void* iid, void** object) = 0;
@@ -318,8 +319,9 @@ BOOL ZV_SYSTEM_CALL CreateProcessA(const char* application, char* commandLine,
                                    DWORD flags, void* environment, const char* directory,
                                    STARTUPINFOA* startup, PROCESS_INFORMATION* process);
 
-// A handle for a living process, signalled when that process has ended; null and 87 when there is
-// no such process, null and 5 when there is one that the caller may not open.
+// A handle for a process, signalled when that process has ended; null and 87 when there is no such
+// process (one that has ended may be there as long as others hold handles for it), null and 5 when
+// there is one that the caller may not open.
 HANDLE ZV_SYSTEM_CALL OpenProcess(DWORD access, BOOL inheritHandle, DWORD processId);
 
 // ---------------------------------------------------------------------------------------------
@@ -356,6 +358,8 @@ BOOL ZV_SYSTEM_CALL PulseEvent(HANDLE event);
 DWORD ZV_SYSTEM_CALL WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 
 // Ends a handle of any kind but modules, searches and registry keys. Zero and 6 when it is none.
+// (On Windows INVALID_HANDLE_VALUE stands for the process itself here, and is taken: callers keep
+// it back.)
 BOOL ZV_SYSTEM_CALL CloseHandle(HANDLE handle);
 
 void ZV_SYSTEM_CALL Sleep(DWORD milliseconds);
@@ -366,8 +370,8 @@ void ZV_SYSTEM_CALL Sleep(DWORD milliseconds);
 // Opens or creates a file. INVALID_HANDLE_VALUE on failure: 2 no such file, 3 no such folder, 5 not
 // allowed, 80 CREATE_NEW of a file that is there, 206 name too long. On success with CREATE_ALWAYS
 // or OPEN_ALWAYS, GetLastError() is 183 when the file was there before and 0 when it was not.
-// A new file gets the rights that are usual for the process; with FILE_ATTRIBUTE_TEMPORARY nobody but
-// its owner may open it. The handle is not inherited by programs that the process starts.
+// A new file gets the rights that are usual for the process; with FILE_ATTRIBUTE_TEMPORARY nobody
+// but its owner may open it. The handle is not inherited by programs that the process starts.
 HANDLE ZV_SYSTEM_CALL CreateFileA(const char* path, DWORD access, DWORD share,
                                   SECURITY_ATTRIBUTES* attributes, DWORD disposition, DWORD flags,
                                   HANDLE templateFile);

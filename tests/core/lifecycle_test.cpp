@@ -7,7 +7,6 @@
 #include "core/mutex.h"
 #include "core/platform_flags.h"
 #include "lang/library.h"
-#include "platform/posix/test_hooks.h"
 
 #include <clocale>
 #include <string>
@@ -49,7 +48,6 @@ TEST_F(Lifecycle, AttachBuildsAndDetachTearsDown) {
     EXPECT_EQ(g_globalData.clientData, nullptr);
     EXPECT_EQ(g_globalData.mutexProvider, nullptr);
     EXPECT_EQ(g_globalData.m_debugMutex, kNoHandle);
-    EXPECT_EQ(g_pTaskAllocator, nullptr);
 }
 
 TEST_F(Lifecycle, OnlyTheFirstStartAndTheLastStopWork) {
@@ -65,20 +63,6 @@ TEST_F(Lifecycle, OnlyTheFirstStartAndTheLastStopWork) {
     EXPECT_EQ(ZvCoreTerminate(), kOk);
     EXPECT_EQ(g_globalData.moduleManager, nullptr);
     EXPECT_EQ(ZvCoreTerminate(), kFail);
-}
-
-TEST_F(Lifecycle, ChoosesTheMutexKindByThePlatform) {
-    for (const DWORD platform : {VER_PLATFORM_WINDOWS, VER_PLATFORM_NT}) {
-        platform::posix::setPlatformId(platform);
-        ZvLibraryInitialize();
-        const bool nt = platform == VER_PLATFORM_NT;
-        EXPECT_EQ(g_bCoreNT, nt);
-        EXPECT_EQ(g_bPlatformNT, nt);
-        EXPECT_EQ(dynamic_cast<CCriticalSectionProvider*>(g_globalData.mutexProvider) != nullptr,
-                  nt);
-        EXPECT_EQ(dynamic_cast<CZvMutexProvider*>(g_globalData.mutexProvider) != nullptr, !nt);
-        ZvLibraryTerminate();
-    }
 }
 
 // Fails the n-th allocation and all later ones.
@@ -98,7 +82,6 @@ TEST_F(Lifecycle, KeepsTheCodeOfABuildThatFailedAndRecoversWithTheNextStart) {
         started = CoreStartResult() == kOk;
         if (!started) {
             EXPECT_EQ(CoreStartResult(), kOutOfMemory) << n;
-            EXPECT_EQ(g_pTaskAllocator, nullptr);
             EXPECT_EQ(g_globalData.clientData, nullptr);
         }
         EXPECT_EQ(ZvCoreTerminate(), kOk);

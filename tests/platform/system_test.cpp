@@ -222,7 +222,7 @@ TEST(Processes, AreOpenedWhileTheyLive) {
     CloseHandle(process);
 }
 
-TEST(TaskAllocator, CountsReferencesAndGivesMemory) {
+TEST(TaskAllocator, GivesMemoryForAsLongAsTheProcessLives) {
     IMalloc* allocator = nullptr;
     EXPECT_LT(CoGetMalloc(2, &allocator), 0);
     EXPECT_EQ(allocator, nullptr);
@@ -240,10 +240,9 @@ TEST(TaskAllocator, CountsReferencesAndGivesMemory) {
     EXPECT_STREQ(static_cast<char*>(block), "contents");
     EXPECT_GE(allocator->GetSize(block), 100'000U);
     allocator->Free(block);
-    EXPECT_EQ(allocator->Release(), 1U);
-    EXPECT_EQ(allocator->Release(), 0U);
-    ASSERT_EQ(CoGetMalloc(1, &allocator), 0); // also after the last reference went
-    EXPECT_EQ(allocator->Release(), 0U);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_GT(allocator->Release(), 0U);
+    allocator->Free(allocator->Alloc(1)); // also after the last reference went
 }
 
 } // namespace

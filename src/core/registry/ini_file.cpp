@@ -16,6 +16,8 @@ constexpr std::string_view kNewSuffix = ".zvtmp";
 constexpr std::u16string_view kAsideSuffix = u".unmigrated";
 // The smallest batch of a migration; the next ones double.
 constexpr std::size_t kFirstBatch = 4096;
+// Operations of a run between two looks at the file.
+constexpr int kRunLength = 64;
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kLargestTransfer = 1U << 30;
 
@@ -71,8 +73,10 @@ bool isAlive(DWORD process) {
     const HANDLE handle = OpenProcess(SYNCHRONIZE, FALSE, process);
     if (handle == nullptr)
         return GetLastError() != ERROR_INVALID_PARAMETER;
+    // One that has ended can be opened as long as somebody holds a handle for it.
+    const bool ended = WaitForSingleObject(handle, 0) == WAIT_OBJECT_0;
     CloseHandle(handle);
-    return true;
+    return !ended;
 }
 
 struct SearchTraits {
@@ -92,16 +96,45 @@ bool IniFile::Stamp::sameAs(const Stamp& other) const {
            info.nFileIndexHigh == other.info.nFileIndexHigh;
 }
 
-IniFile::Access::Access(IniFile& file) : hold(file.lock.get()) {
-    file.refresh();
+IniFile::Access::Access(IniFile& file) : file(file) {
+    if (file.held) {
+        --file.runLeft;
+        return;
+    }
+    throwIfFailed(SemaphoreWait(file.lock.get()));
+    file.held = true;
+    try {
+        file.refresh();
+    } catch (...) {
+        file.release();
+        throw;
+    }
+    file.runLeft = file.inRun ? kRunLength - 1 : 0;
 }
 
-IniFile::IniFile(std::u16string filePath) : path(std::move(filePath)), narrowPath(narrow(path)) {
+IniFile::Access::~Access() {
+    if (file.runLeft == 0)
+        file.release();
+}
+
+void IniFile::release() noexcept {
+    held = false;
+    runLeft = 0;
+    SemaphoreRelease(lock.get());
+}
+
+IniFile::IniFile(std::u16string filePath)
+    : path(std::move(filePath)),
+      narrowPath(narrow(path)),
+      memoryMutex(makeMutex("IniFile::memoryMutex", 0)) {
     throwIfFailed(createNamedSemaphore(kLockName, 1, lock.receive()));
     const Access access(*this);
 }
 
-IniFile::~IniFile() = default;
+IniFile::~IniFile() {
+    if (held)
+        release();
+}
 
 // ---------------------------------------------------------------------------------------------
 // Loading
@@ -291,7 +324,7 @@ int IniFile::setValue(std::u16string_view section, std::u16string_view key,
                       std::u16string_view value, bool overwrite) {
     if (IniTable::checkSection(section) < 0 || IniTable::checkEntry(key, value) < 0)
         return kWouldDamage;
-    const std::lock_guard memoryHold(memoryMutex);
+    const MutexHold memoryHold(memoryMutex.get());
     if (batching && overwrite) {
         collect(section, key, value);
         return kSet;
@@ -308,7 +341,7 @@ int IniFile::setValue(std::u16string_view section, std::u16string_view key,
 
 int IniFile::getValue(std::u16string_view section, std::u16string_view key,
                       std::u16string& result) {
-    const std::lock_guard memoryHold(memoryMutex);
+    const MutexHold memoryHold(memoryMutex.get());
     flushBatch();
     const Access access(*this);
     const IniEntry* entry = table.find(section, key);
@@ -319,7 +352,7 @@ int IniFile::getValue(std::u16string_view section, std::u16string_view key,
 }
 
 void IniFile::getSectionNames(std::vector<std::u16string>& names) {
-    const std::lock_guard memoryHold(memoryMutex);
+    const MutexHold memoryHold(memoryMutex.get());
     flushBatch();
     const Access access(*this);
     for (const auto& [name, section] : table.sections())
@@ -330,13 +363,13 @@ void IniFile::getSectionNames(std::vector<std::u16string>& names) {
 // Batches
 
 void IniFile::beginBatch() {
-    const std::lock_guard memoryHold(memoryMutex);
+    const MutexHold memoryHold(memoryMutex.get());
     batching = true;
     batchLimit = kFirstBatch;
 }
 
 bool IniFile::endBatch() {
-    const std::lock_guard memoryHold(memoryMutex);
+    const MutexHold memoryHold(memoryMutex.get());
     batching = false;
     if (batch.empty() && table.isSaved())
         return true;
@@ -370,15 +403,30 @@ void IniFile::flushBatch() {
 }
 
 // ---------------------------------------------------------------------------------------------
+// Runs
+
+void IniFile::beginRun() {
+    const MutexHold memoryHold(memoryMutex.get());
+    inRun = true;
+}
+
+void IniFile::endRun() {
+    const MutexHold memoryHold(memoryMutex.get());
+    inRun = false;
+    if (held)
+        release();
+}
+
+// ---------------------------------------------------------------------------------------------
 // The end of a move
 
 void IniFile::markCarried(std::u16string_view section, std::u16string_view key) {
-    const std::lock_guard hold(memoryMutex); // nothing of the file is touched
+    const MutexHold hold(memoryMutex.get()); // nothing of the file is touched
     table.markCarried(section, key);
 }
 
 void IniFile::retire() {
-    const std::lock_guard memoryHold(memoryMutex);
+    const MutexHold memoryHold(memoryMutex.get());
     flushBatch();
     const Access access(*this); // values that another process has just added were not carried
     if (table.isWhollyCarried()) {

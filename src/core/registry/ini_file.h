@@ -11,12 +11,12 @@
 #ifndef ZVSUPPORT_CORE_REGISTRY_INI_FILE_H
 #define ZVSUPPORT_CORE_REGISTRY_INI_FILE_H
 
+#include "core/mutex.h"
 #include "core/registry/ini_text.h"
 #include "core/sync.h"
 #include "platform/win32.h"
 
 #include <cstddef>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,6 +54,12 @@ public:
     // Writes what is left. False when some of the values are not in the file.
     bool endBatch();
 
+    // Between beginRun and endRun the lock is kept over up to 64 operations, and the file looked at
+    // once for all of them: for many reads in a row. Others wait for the end of the 64. Of one
+    // migration at a time.
+    void beginRun();
+    void endRun();
+
     // Notes that a value has arrived in another store.
     void markCarried(std::u16string_view section, std::u16string_view key);
     // Ends a move out of this file: deletes it when every value in it was carried; otherwise moves
@@ -79,14 +85,19 @@ private:
         std::vector<IniEntry::Pointer> entries;
     };
 
-    // Holds the lock and has refreshed the table, for a scope.
+    // Holds the lock and has refreshed the table, for a scope; in a run the lock stays.
     class Access {
     public:
         explicit Access(IniFile& file);
+        ~Access();
+        Access(const Access&) = delete;
+        Access& operator=(const Access&) = delete;
 
     private:
-        SemaphoreHold hold;
+        IniFile& file;
     };
+
+    void release() noexcept;
 
     bool hasKey(std::u16string_view section, std::u16string_view key) const;
 
@@ -106,11 +117,14 @@ private:
     IniTable table;
     Stamp stamp;
 
-    std::mutex memoryMutex; // guards the members; taken before the lock
+    const UniqueMutex memoryMutex; // guards the members; taken before the lock
     bool batching = false;
     std::vector<Group> batch;
     std::size_t batchCount = 0;
     std::size_t batchLimit = 0;
+    bool inRun = false;
+    bool held = false; // the lock
+    int runLeft = 0;   // operations for which it stays
 };
 
 } // namespace zv::core

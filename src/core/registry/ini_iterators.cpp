@@ -25,7 +25,7 @@ void IniFileIteratorBase::next(std::u16string& result) {
 IniFileSetIterator::IniFileSetIterator(IniFile& file, std::u16string prefix)
     : IniFileIteratorBase(std::move(prefix)) {
     const std::u16string start = name + u'\\';
-    const std::lock_guard memoryHold(file.memoryMutex);
+    const MutexHold memoryHold(file.memoryMutex.get());
     file.flushBatch();
     const IniFile::Access access(file);
     const auto& sections = file.table.sectionsBySpelling();
@@ -50,7 +50,7 @@ IniFileSetIterator::IniFileSetIterator(IniFile& file, std::u16string prefix)
 
 IniFileKeyIterator::IniFileKeyIterator(IniFile& file, std::u16string section)
     : IniFileIteratorBase(std::move(section)) {
-    const std::lock_guard memoryHold(file.memoryMutex);
+    const MutexHold memoryHold(file.memoryMutex.get());
     file.flushBatch();
     const IniFile::Access access(file);
     const IniSections& sections = file.table.sections();

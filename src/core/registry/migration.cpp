@@ -1,11 +1,12 @@
 #include "core/registry/migration.h"
 
+#include "core/global_data.h"
+#include "core/mutex.h"
 #include "core/registry/ini_reg_key.h"
 #include "core/registry/native_reg_key.h"
 #include "core/registry/registry_module.h"
 #include "platform/win32.h"
 
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -16,13 +17,16 @@ namespace {
 constexpr std::uint32_t kRoots[] = {HKEY_CLASSES_ROOT_VALUE, HKEY_LOCAL_MACHINE_VALUE,
                                     HKEY_CURRENT_USER_VALUE};
 
-// The registry module has one file object and one lock for the process.
-constinit std::mutex migrationMutex;
-
 // Where the values of a migration go, and what follows from their arrival.
 class Carrier {
 public:
     Carrier(BackendKind source, BackendKind target) : source(source), target(target) {}
+
+    // Reads from the file come in runs, from here on.
+    void begin() {
+        if (source == BackendKind::Ini)
+            registry::EnsureLoaded().beginRun();
+    }
 
     // Writes into the file are collected, from the first value on.
     void copyValue(CRegKey& key, const std::u16string& name, CRegKey& targetKey) {
@@ -40,6 +44,12 @@ public:
     // Writes what is still collected, also after a failure: what was copied stays copied. Values
     // that cannot be written are passed over; 0 or kOutOfMemory.
     ResultCode finish() noexcept {
+        if (IniFile* file = registry::LoadedFile(); file != nullptr && source == BackendKind::Ini) {
+            coreFrame([&] {
+                file->endRun();
+                return kOk;
+            });
+        }
         if (!std::exchange(batching, false))
             return kOk;
         const ResultCode code = coreFrame([] {
@@ -94,6 +104,34 @@ void CopyKeyTree(CoreRef<CRegKey> source, CRegKey& target, Carrier& carrier) {
     }
 }
 
+// One at a time: the registry module has one file object and one lock for the process.
+ResultCode migrateAlone(BackendKind source, BackendKind target) noexcept {
+    if (const ResultCode code = registry::Initialize(); code < 0)
+        return code;
+    Carrier carrier(source, target);
+    ResultCode code = coreFrame([&] {
+        for (const std::uint32_t root : kRoots) {
+            CoreRef<CRegKey> sourceKey = CreateRegKey(root, u"", source);
+            const CoreRef<CRegKey> targetKey = CreateRegKey(root, u"", target);
+            carrier.begin();
+            CopyKeyTree(std::move(sourceKey), *targetKey, carrier);
+        }
+        return kOk;
+    });
+    const ResultCode finished = carrier.finish();
+    if (code >= 0)
+        code = finished;
+    if (code >= 0 && source == BackendKind::Ini) {
+        code = coreFrame([] {
+            if (IniFile* file = registry::LoadedFile())
+                file->retire();
+            return kOk;
+        });
+    }
+    registry::Terminate();
+    return code;
+}
+
 } // namespace
 
 CoreRef<CRegKey> CreateRegKey(std::uint32_t root, const std::u16string& path, BackendKind kind) {
@@ -112,30 +150,10 @@ ResultCode MigrateRegistry(BackendKind source, std::int32_t, BackendKind target,
     // The move would delete the file that holds the result.
     if (source == BackendKind::Ini && target == BackendKind::Ini)
         return kInvalidArgument;
-    const std::lock_guard hold(migrationMutex);
-    if (const ResultCode code = registry::Initialize(); code < 0)
-        return code;
-    Carrier carrier(source, target);
-    ResultCode code = coreFrame([&] {
-        for (const std::uint32_t root : kRoots) {
-            CoreRef<CRegKey> sourceKey = CreateRegKey(root, u"", source);
-            const CoreRef<CRegKey> targetKey = CreateRegKey(root, u"", target);
-            CopyKeyTree(std::move(sourceKey), *targetKey, carrier);
-        }
-        return kOk;
+    return coreFrame([=] {
+        const MutexHold hold(g_globalData.m_migrationMutex);
+        return migrateAlone(source, target);
     });
-    const ResultCode finished = carrier.finish();
-    if (code >= 0)
-        code = finished;
-    if (code >= 0 && source == BackendKind::Ini) {
-        code = coreFrame([] {
-            if (IniFile* file = registry::LoadedFile())
-                file->retire();
-            return kOk;
-        });
-    }
-    registry::Terminate();
-    return code;
 }
 
 } // namespace zv::core

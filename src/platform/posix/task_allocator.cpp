@@ -1,7 +1,6 @@
 // The COM task allocator: the C heap behind the interface that component code expects.
 #include "platform/win32.h"
 
-#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
@@ -17,7 +16,7 @@ constexpr std::int32_t kInvalidArgument = static_cast<std::int32_t>(0x80070057);
 constexpr BYTE kUnknownId[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
 constexpr BYTE kMallocId[16] = {2, 0, 0, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
 
-// One for the process, and never destroyed: its references are only counted.
+// One for the process, and never destroyed: like the system's own it does not count references.
 class TaskAllocator final : public IMalloc {
 public:
     std::int32_t QueryInterface(const void* iid, void** object) override {
@@ -33,8 +32,8 @@ public:
         *object = static_cast<IMalloc*>(this);
         return 0;
     }
-    std::uint32_t AddRef() override { return ++references; }
-    std::uint32_t Release() override { return --references; }
+    std::uint32_t AddRef() override { return 2; }
+    std::uint32_t Release() override { return 1; }
 
     void* Alloc(std::size_t size) override { return std::malloc(size); }
     void* Realloc(void* block, std::size_t size) override {
@@ -49,9 +48,6 @@ public:
     }
     std::int32_t DidAlloc(void*) override { return -1; } // cannot tell
     void HeapMinimize() override { malloc_trim(0); }
-
-private:
-    std::atomic<std::uint32_t> references{0};
 };
 
 constinit TaskAllocator taskAllocator;
