@@ -1,6 +1,23 @@
 #include "lang/interface_map.h"
 
+#include <bit>
+
 namespace ZVCL {
+
+namespace {
+
+ResultCode ask(const InterfaceMapEntry& entry, std::uintptr_t kind, void* object, const ZvIid& iid,
+               void** result) {
+    if (kind != kAtOffset.number)
+        return entry.kind.query(object, iid, result, entry.offset);
+    auto* found =
+        reinterpret_cast<IZvUnknown*>(reinterpret_cast<std::uintptr_t>(object) + entry.offset);
+    found->AddRef();
+    *result = found;
+    return zv::core::kOk;
+}
+
+} // namespace
 
 ResultCode queryInterfaceMap(IZvUnknown* unknown, void* object, const InterfaceMapEntry* map,
                              const ZvIid& iid, void** result) {
@@ -11,10 +28,13 @@ ResultCode queryInterfaceMap(IZvUnknown* unknown, void* object, const InterfaceM
         *result = unknown;
         return zv::core::kOk;
     }
-    for (const InterfaceMapEntry* entry = map; entry->query != nullptr; ++entry) {
+    for (const InterfaceMapEntry* entry = map;; ++entry) {
+        const auto kind = std::bit_cast<std::uintptr_t>(entry->kind);
+        if (kind == kMapEnd.number)
+            break;
         if (entry->iid != nullptr && *entry->iid != iid)
             continue;
-        const ResultCode code = entry->query(object, iid, result);
+        const ResultCode code = ask(*entry, kind, object, iid, result);
         if (code == zv::core::kOk)
             return code;
         if (code < 0 && entry->iid != nullptr) {

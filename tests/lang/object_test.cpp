@@ -125,12 +125,12 @@ TEST(InterfaceMap, EntriesDecideWhetherTheWalkGoesOn) {
     const auto object = makeRef<CZvObject>();
     static ResultCode answers[2];
     static int asked;
-    const InterfaceQuery first = [](void*, const ZvIid&, void** result) {
+    const InterfaceQuery first = [](void*, const ZvIid&, void** result, std::uintptr_t) {
         ++asked;
         *result = &answers[0];
         return answers[0];
     };
-    const InterfaceQuery second = [](void*, const ZvIid&, void** result) {
+    const InterfaceQuery second = [](void*, const ZvIid&, void** result, std::uintptr_t) {
         ++asked;
         *result = &answers[1];
         return answers[1];
@@ -150,9 +150,9 @@ TEST(InterfaceMap, EntriesDecideWhetherTheWalkGoesOn) {
     };
     for (const Case& row : cases) {
         const InterfaceMapEntry map[] = {
-            {&IZvComparable::kIid, first}, // not the one sought: never asked
-            {row.firstNamed ? &kUnknownIid : nullptr, first},
-            {&kUnknownIid, second},
+            {&IZvComparable::kIid, {.query = first}, 0}, // not the one sought: never asked
+            {row.firstNamed ? &kUnknownIid : nullptr, {.query = first}, 0},
+            {&kUnknownIid, {.query = second}, 0},
             kInterfaceMapEnd,
         };
         std::copy_n(row.answers, 2, answers);
@@ -163,6 +163,19 @@ TEST(InterfaceMap, EntriesDecideWhetherTheWalkGoesOn) {
         EXPECT_EQ(asked, row.asked);
         EXPECT_EQ(found != nullptr, row.expected == core::kOk);
     }
+}
+
+TEST(InterfaceMap, AnEntryMayGiveThePlaceOfItsInterface) {
+    const auto object = makeRef<CZvObject>();
+    CZvComObject* unknown = object.get();
+    IZvComparable* comparable = object.get();
+    const auto offset = reinterpret_cast<std::uintptr_t>(comparable) -
+                        reinterpret_cast<std::uintptr_t>(object.get());
+    const InterfaceMapEntry map[] = {{&kUnknownIid, kAtOffset, offset}, kInterfaceMapEnd};
+    void* found = nullptr;
+    EXPECT_EQ(queryInterfaceMap(unknown, object.get(), map, kUnknownIid, &found), core::kOk);
+    EXPECT_EQ(found, comparable);
+    EXPECT_EQ(object->Release(), 1u);
 }
 
 TEST(Object, ComparesAndHashesByAddress) {
