@@ -12,7 +12,9 @@ void __freeres() __attribute__((weak));
 
 namespace {
 
-__attribute__((constructor)) void attach() { DllMain(nullptr, DLL_PROCESS_ATTACH, nullptr); }
+__attribute__((constructor)) void attach() {
+    DllMain(nullptr, DLL_PROCESS_ATTACH, nullptr);
+}
 
 // Runs before the destructors of static objects, of which the library has none.
 __attribute__((destructor)) void detach() {
