@@ -1,10 +1,12 @@
 #include "core/sync.h"
 
 #include "platform/win32.h"
+#include "support/self_process.h"
 
 #include <atomic>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -61,6 +63,43 @@ TEST(Semaphore, IsSharedByNameOnlyWhenItIsCreatedThatWay) {
     EXPECT_EQ(SemaphoreRelease(second), kOk);
 }
 
+// The name and what is to be done with it.
+ZV_TEST_ROLE(semaphore_user) {
+    Handle handle = kNoHandle;
+    if (createNamedSemaphore(arguments.at(0).c_str(), 7, handle) != kOk)
+        return 1;
+    const UniqueSync semaphore(handle);
+    // Another process's units are there and no more; one is taken, one given back.
+    return SemaphoreTryWait(handle) == kOk && SemaphoreTryWait(handle) == kFail &&
+                   SemaphoreRelease(handle) == kOk
+               ? 0
+               : 2;
+}
+
+TEST(Semaphore, IsSharedWithAnotherProcess) {
+    const std::string name = uniqueName("processes");
+    Handle handle = 0;
+    ASSERT_EQ(createNamedSemaphore(name.c_str(), 1, handle), kOk);
+    const UniqueSync semaphore(handle);
+    EXPECT_EQ(test::SelfProcess("semaphore_user", {name}).join(), 0);
+    EXPECT_EQ(SemaphoreTryWait(handle), kOk);
+    EXPECT_EQ(SemaphoreTryWait(handle), kFail);
+    // A waiting process goes on when this one releases.
+    test::SelfProcess waiting("semaphore_waiter", {name});
+    EXPECT_EQ(SemaphoreRelease(handle), kOk);
+    EXPECT_EQ(waiting.join(), 0);
+    EXPECT_EQ(SemaphoreTryWait(handle), kFail);
+    EXPECT_EQ(SemaphoreRelease(handle), kOk);
+}
+
+ZV_TEST_ROLE(semaphore_waiter) {
+    Handle handle = kNoHandle;
+    if (createNamedSemaphore(arguments.at(0).c_str(), 7, handle) != kOk)
+        return 1;
+    const UniqueSync semaphore(handle);
+    return SemaphoreWait(handle) == kOk ? 0 : 2;
+}
+
 TEST(Semaphore, StartsAfreshWhenItsLastHolderIsGone) {
     const std::string name = uniqueName("afresh");
     for (int round = 0; round < 2; ++round) {
@@ -93,16 +132,20 @@ TEST(Event, PulseReleasesTheWaitersOfTheMomentAndNobodyElse) {
     EXPECT_EQ(EventTryWait(event), kFail);
     EXPECT_EQ(EventWaitFor(event, 5), kTimeout);
 
-    std::atomic<bool> released{false};
-    std::thread waiter([&] {
-        EXPECT_EQ(EventWait(event), kOk);
-        released = true;
-    });
-    while (!released) { // the waiter may not have begun to wait yet
+    std::atomic<int> released{0};
+    std::vector<std::thread> waiters;
+    for (int i = 0; i < 4; ++i) {
+        waiters.emplace_back([&] {
+            EXPECT_EQ(EventWait(event), kOk);
+            ++released;
+        });
+    }
+    while (released < 4) { // a waiter may not have begun to wait yet
         EventPulse(event);
         std::this_thread::yield();
     }
-    waiter.join();
+    for (std::thread& waiter : waiters)
+        waiter.join();
     EXPECT_EQ(EventTryWait(event), kFail);
 }
 

@@ -1,7 +1,9 @@
 #include "core/wide_calls.h"
 
 #include "core/platform_flags.h"
+#include "core/wide_fallbacks.h"
 #include "core/wide_text.h"
+#include "support/self_process.h"
 #include "support/test_folder.h"
 
 #include <clocale>
@@ -72,21 +74,21 @@ TEST_P(WideCallsTest, FilesAndFolders) {
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
 
     const HANDLE file =
-        g_wideCalls.CreateFileW(u"f\u00F6lder/\u4E2D.txt", GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+        g_wideCalls.CreateFileW(u"f\u00F6lder/\u00E9.txt", GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                 FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(file, INVALID_HANDLE_VALUE);
     CloseHandle(file);
-    EXPECT_TRUE(fs::exists("f\u00F6lder/\u4E2D.txt"));
+    EXPECT_TRUE(fs::exists(u"f\u00F6lder/\u00E9.txt"));
 
     WIN32_FIND_DATAW found;
     const HANDLE search = g_wideCalls.FindFirstFileW(u"f\u00F6lder/*.txt", &found);
     ASSERT_NE(search, INVALID_HANDLE_VALUE);
-    EXPECT_EQ(std::u16string(found.cFileName), u"\u4E2D.txt");
+    EXPECT_EQ(std::u16string(found.cFileName), u"\u00E9.txt");
     EXPECT_NE(FindClose(search), 0);
 
     EXPECT_EQ(g_wideCalls.RemoveDirectoryW(u"f\u00F6lder"), 0);
-    EXPECT_NE(g_wideCalls.DeleteFileW(u"f\u00F6lder/\u4E2D.txt"), 0);
-    EXPECT_EQ(g_wideCalls.DeleteFileW(u"f\u00F6lder/\u4E2D.txt"), 0);
+    EXPECT_NE(g_wideCalls.DeleteFileW(u"f\u00F6lder/\u00E9.txt"), 0);
+    EXPECT_EQ(g_wideCalls.DeleteFileW(u"f\u00F6lder/\u00E9.txt"), 0);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     EXPECT_NE(g_wideCalls.RemoveDirectoryW(u"f\u00F6lder"), 0);
     EXPECT_EQ(g_wideCalls.FindFirstFileW(u"none*", &found), INVALID_HANDLE_VALUE);
@@ -116,7 +118,7 @@ TEST_P(WideCallsTest, PathsAndNames) {
 }
 
 TEST_P(WideCallsTest, ExpandsTheEnvironment) {
-    setenv("ZV_TEST_NAME", "w\u00F6rd", 1);
+    test::setVariable("ZV_TEST_NAME", narrow(u"w\u00F6rd").c_str());
     char16_t buffer[32];
     EXPECT_EQ(g_wideCalls.ExpandEnvironmentStringsW(u"<%ZV_TEST_NAME%>%zv_none%", buffer, 32), 16u);
     EXPECT_EQ(std::u16string(buffer), u"<w\u00F6rd>%zv_none%");
@@ -125,7 +127,7 @@ TEST_P(WideCallsTest, ExpandsTheEnvironment) {
     EXPECT_EQ(std::u16string(exact), u"w\u00F6rd");
     EXPECT_EQ(g_wideCalls.ExpandEnvironmentStringsW(u"%ZV_TEST_NAME%", exact, 4), 5u);
     EXPECT_EQ(exact[6], u'x');
-    unsetenv("ZV_TEST_NAME");
+    test::setVariable("ZV_TEST_NAME", nullptr);
 }
 
 TEST_P(WideCallsTest, TellsTheUserAndTheRoomItsNameNeeds) {
@@ -139,8 +141,26 @@ TEST_P(WideCallsTest, TellsTheUserAndTheRoomItsNameNeeds) {
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(room, size);
     EXPECT_EQ(tiny[1], u'x');
-    size = 127;
-    EXPECT_NE(g_wideCalls.GetComputerNameW(name, &size), 0);
+}
+
+// The computer's name is kept in the registry, not in a test's own.
+TEST(WideCalls, TellTheComputer) {
+    for (const bool wide : {false, true}) {
+        const auto entry = (wide ? g_wideCalls : narrowFallbacks()).GetComputerNameW;
+        char16_t name[127];
+        DWORD size = 127;
+        EXPECT_NE(entry(name, &size), 0);
+        EXPECT_EQ(size, wcslen(name) + (wide ? 0 : 1)); // the fallback counts the terminator
+        char16_t tiny[2] = {u'x', u'x'};
+        DWORD room = 1;
+        EXPECT_EQ(entry(tiny, &room), 0);
+        EXPECT_EQ(tiny[1], u'x');
+    }
+}
+
+ZV_TEST_ROLE(write_file) {
+    test::writeFile(arguments.at(0), "done");
+    return 0;
 }
 
 TEST_P(WideCallsTest, LoadsLibrariesAndStartsPrograms) {
@@ -152,14 +172,14 @@ TEST_P(WideCallsTest, LoadsLibrariesAndStartsPrograms) {
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION process{};
-    char16_t command[] = u"/bin/sh -c \"echo done > 'a b'\"";
-    ASSERT_NE(g_wideCalls.CreateProcessW(nullptr, command, nullptr, nullptr, FALSE, 0, nullptr,
-                                         nullptr, &startup, &process),
+    std::u16string command = u'"' + widen(test::programPath()) + u"\" --role write_file \"a b\"";
+    ASSERT_NE(g_wideCalls.CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0,
+                                         nullptr, nullptr, &startup, &process),
               0);
     EXPECT_EQ(WaitForSingleObject(process.hProcess, INFINITE_WAIT), WAIT_OBJECT_0);
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
-    EXPECT_EQ(test::readFile("a b"), "done\n");
+    EXPECT_EQ(test::readFile("a b"), "done");
 }
 
 TEST_P(WideCallsTest, RegistryTextSurvivesAndSizesAreWide) {

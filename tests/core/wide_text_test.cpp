@@ -1,23 +1,25 @@
 #include "core/wide_text.h"
 
+#include "platform/win32.h"
+
 #include <climits>
 #include <clocale>
-#include <cstdlib>
+#include <string>
 
 #include <gtest/gtest.h>
 
 namespace zv::core {
 namespace {
 
-// A locale for a scope; skips nothing: the tests ask whether it could be had.
-class LocaleScope {
+// A locale with more letters than ASCII for a scope: the one in UTF-8, or the user's own where
+// there is none by that name.
+class LettersScope {
 public:
-    explicit LocaleScope(const char* name) : before(std::setlocale(LC_ALL, nullptr)) {
-        available = std::setlocale(LC_ALL, name) != nullptr;
+    LettersScope() : before(std::setlocale(LC_ALL, nullptr)) {
+        if (std::setlocale(LC_ALL, "C.UTF-8") == nullptr)
+            std::setlocale(LC_ALL, "");
     }
-    ~LocaleScope() { std::setlocale(LC_ALL, before.c_str()); }
-
-    bool available;
+    ~LettersScope() { std::setlocale(LC_ALL, before.c_str()); }
 
 private:
     std::string before;
@@ -87,8 +89,7 @@ TEST(WideText, ComparesWithoutRegardToCase) {
 }
 
 TEST(WideText, FoldsLettersByTheLocale) {
-    const LocaleScope utf8("C.UTF-8");
-    ASSERT_TRUE(utf8.available);
+    const LettersScope letters;
     EXPECT_EQ(towlower(u'\u00C4'), u'\u00E4');
     EXPECT_EQ(towupper(u'\u0434'), u'\u0414');
     EXPECT_EQ(towlower(u'\xD800'), u'\xD800');
@@ -98,14 +99,27 @@ TEST(WideText, FoldsLettersByTheLocale) {
 }
 
 TEST(WideText, ConvertsWholeTextsAndBoundedOnes) {
-    const LocaleScope utf8("C.UTF-8");
-    ASSERT_TRUE(utf8.available);
-    const std::string bytes("a\0\xC3\xA4\xF0\x9F\x98\x80", 8);
-    const std::u16string wide(u"a\0\u00E4\U0001F600", 5);
-    EXPECT_EQ(widen(bytes), wide);
-    EXPECT_EQ(narrow(wide), bytes);
-    EXPECT_EQ(widen("\xFFz"), u"\uFFFDz");
-    EXPECT_EQ(narrow(u"\xD800z"), "\xEF\xBF\xBDz");
+    const LettersScope letters;
+    struct Row {
+        UINT page;
+        std::string bytes;
+        std::u16string wide;
+        bool back; // the wide text gives the same bytes
+    };
+    const Row rows[] = {
+        {CP_UTF8, {"a\0\xC3\xA4\xF0\x9F\x98\x80", 8}, {u"a\0\u00E4\U0001F600", 5}, true},
+        {CP_UTF8, "\xFFz", u"\uFFFDz", false},
+        {CP_UTF8, "\xEF\xBF\xBDz", u"\uFFFDz", true},
+        {1252, {"a\0\xE4\x80", 4}, {u"a\0\u00E4\u20AC", 4}, true},
+        {1252, "\x81\x8D\x8F\x90\x9D", u"\x81\x8D\x8F\x90\x9D", true},
+    };
+    for (const Row& row : rows) {
+        if (GetACP() != row.page)
+            continue;
+        EXPECT_EQ(widen(row.bytes), row.wide);
+        EXPECT_EQ(narrow(row.wide) == row.bytes, row.back);
+    }
+    EXPECT_EQ(narrow(u"\u4E2Dz"), GetACP() == CP_UTF8 ? "\xE4\xB8\xADz" : "?z");
 
     char16_t target[4] = {1, 1, 1, 1};
     EXPECT_EQ(mbstowcs(target, "ab", 4), 2u);
@@ -115,7 +129,7 @@ TEST(WideText, ConvertsWholeTextsAndBoundedOnes) {
     EXPECT_EQ(target[3], 1);
     EXPECT_EQ(mbstowcs(nullptr, "abc", 0), 3u);
     char out[3];
-    EXPECT_EQ(wcstombs(out, u"\u00E4", 3), 2u);
+    EXPECT_EQ(wcstombs(out, u"\u00E4", 3), GetACP() == CP_UTF8 ? 2u : 1u);
 }
 
 TEST(WideText, CopiesAndPads) {

@@ -78,13 +78,13 @@ protected:
         for (int n = 0;; ++n) {
             ASSERT_LT(n, 20000);
             arrange();
-            platform::posix::closeRegistry();
+            test::letGoOfRegistry();
             allocationsLeft = n;
             core::setHeapGate(countdown);
             const core::ResultCode code = RegistryMigrate(source, 0, target, 0);
             core::setHeapGate(nullptr);
             const bool failed = allocationsLeft <= 0;
-            platform::posix::closeRegistry();
+            test::letGoOfRegistry();
             EXPECT_TRUE(code == core::kOk || code == core::kOutOfMemory) << n << ": " << code;
             check(n, code);
             if (!failed || testing::Test::HasFailure()) {
@@ -99,25 +99,23 @@ INSTANTIATE_TEST_SUITE_P(Heap, FailingHeap, testing::Bool(), [](const auto& once
     return std::string(once.param ? "Once" : "FromThenOn");
 });
 
-const char kHive[] = "[HKEY_LOCAL_MACHINE\\Software\\Key with a long name]\n"
-                     "\"a value with a long name\"=\"a text with some length to it\"\n"
-                     "\"another value with a long name\"=\"another text with some length\"\n\n"
-                     "[HKEY_LOCAL_MACHINE\\Software\\Key with a long name\\Sub]\n\"x\"=\"y\"\n\n";
+const char kRegistry[] =
+    "[HKEY_LOCAL_MACHINE\\Software\\Key with a long name]\n"
+    "\"a value with a long name\"=\"a text with some length to it\"\n"
+    "\"another value with a long name\"=\"another text with some length\"\n\n"
+    "[HKEY_LOCAL_MACHINE\\Software\\Key with a long name\\Sub]\n\"x\"=\"y\"\n\n";
 const char kIni[] = "[ZV_HKEY_CONFIG\\Software\\Key with a long name]\r\n"
                     "a value with a long name=a text with some length to it\r\n"
                     "another value with a long name=another text with some length\r\n\r\n"
                     "[ZV_HKEY_CONFIG\\Software\\Key with a long name\\Sub]\r\nx=y\r\n\r\n";
 
 TEST_P(FailingHeap, IntoTheFileEndsWithTheCodeOrAWholeFile) {
-    const std::string hive = test::hiveBytes(kHive);
+    test::putRegistry(kRegistry);
+    const std::string before = test::registrySnapshot();
     failEach(
-        "NATIVE", "INI",
-        [&] {
-            std::filesystem::remove("zvregistry.ini");
-            test::writeFile(test::hivePath(), hive);
-        },
+        "NATIVE", "INI", [] { std::filesystem::remove("zvregistry.ini"); },
         [&](int n, core::ResultCode code) {
-            EXPECT_EQ(test::readFile(test::hivePath()), hive) << n;
+            EXPECT_EQ(test::registrySnapshot(), before) << n;
             if (code == core::kOk) { // whatever could not be had: nothing is missing
                 EXPECT_EQ(test::readFile("zvregistry.ini"), kIni) << n;
             }
@@ -127,8 +125,8 @@ TEST_P(FailingHeap, IntoTheFileEndsWithTheCodeOrAWholeFile) {
 TEST_P(FailingHeap, OutOfTheFileLosesNothing) {
     failEach(
         "INI", "NATIVE",
-        [&] {
-            std::filesystem::remove_all("data");
+        [] {
+            test::putRegistry("");
             std::filesystem::remove("zvregistry.ini.unmigrated");
             test::writeFile("zvregistry.ini", kIni);
         },
@@ -141,7 +139,7 @@ TEST_P(FailingHeap, OutOfTheFileLosesNothing) {
                 // The file went away, so all of it has to be in the registry.
                 EXPECT_EQ(RegistryMigrate("NATIVE", 0, "INI", 0), core::kOk);
                 EXPECT_EQ(test::readFile("zvregistry.ini"), kIni) << n;
-                platform::posix::closeRegistry();
+                test::letGoOfRegistry();
             }
         });
 }

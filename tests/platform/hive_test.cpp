@@ -1,6 +1,7 @@
 #include "platform/posix/file_seam.h"
 #include "platform/posix/hive.h"
 #include "platform/posix/hive_text.h"
+#include "support/hive_path.h"
 #include "support/test_folder.h"
 
 #include <cerrno>

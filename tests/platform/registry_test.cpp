@@ -1,6 +1,7 @@
 #include "platform/posix/registry.h"
 #include "platform/posix/wide_functions.h"
 #include "platform/win32.h"
+#include "support/hive_path.h"
 #include "support/test_folder.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
+// main() for tests with the library inside: it is started and ended around them.
 #include "core/lifecycle.h"
+#include "support/self_process.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +15,12 @@ public:
 } // namespace
 
 int main(int argc, char** argv) {
+    LibraryEnvironment library;
+    library.SetUp();
+    const auto status = zv::test::runRole(argc, argv);
+    library.TearDown();
+    if (status)
+        return *status;
     testing::InitGoogleTest(&argc, argv);
     testing::AddGlobalTestEnvironment(new LibraryEnvironment);
     return RUN_ALL_TESTS();

@@ -1,7 +1,7 @@
 #include "support/scratch_folder.h"
 
-#include <cstdlib>
 #include <fstream>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 
@@ -10,16 +10,16 @@ namespace zv::test {
 namespace fs = std::filesystem;
 
 ScratchFolder::ScratchFolder() : before(fs::current_path()) {
-    std::string name = (fs::temp_directory_path() / "zvtest-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("no folder for the test");
-    folder = name;
+    std::random_device random;
+    do
+        folder = fs::temp_directory_path() / ("zvtest-" + std::to_string(random()));
+    while (!fs::create_directory(folder));
     fs::current_path(folder);
-    setenv("XDG_DATA_HOME", (folder / "data").c_str(), 1);
-    setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
+    enterScratchRegistry(folder);
 }
 
 ScratchFolder::~ScratchFolder() {
+    leaveScratchRegistry();
     std::error_code ignored;
     fs::current_path(before, ignored);
     fs::remove_all(folder, ignored);
@@ -38,10 +38,6 @@ void writeFile(const fs::path& path, std::string_view bytes) {
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     if (!file.flush())
         throw std::runtime_error("cannot write " + path.string());
-}
-
-fs::path hivePath() {
-    return fs::path(std::getenv("XDG_DATA_HOME")) / "zentrova" / "registry.reg";
 }
 
 std::string hiveBytes(std::string_view lines) {

@@ -2,18 +2,20 @@
 #ifndef ZVSUPPORT_TESTS_SUPPORT_TEST_FOLDER_H
 #define ZVSUPPORT_TESTS_SUPPORT_TEST_FOLDER_H
 
-#include "platform/posix/registry.h"
 #include "support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 
 namespace zv::test {
 
-// The stand-in's registry is let go at both ends, so that each test meets its own hive.
+// What the process keeps open of the registry is let go, as when the library is unloaded.
+void letGoOfRegistry() noexcept;
+
+// The registry is let go at both ends, so that each test meets its own.
 class TestFolder : public ScratchFolder {
 public:
-    TestFolder() { platform::posix::closeRegistry(); }
-    ~TestFolder() { platform::posix::closeRegistry(); }
+    TestFolder() { letGoOfRegistry(); }
+    ~TestFolder() { letGoOfRegistry(); }
 };
 
 class FolderTest : public testing::Test {

@@ -1,32 +1,20 @@
+#include "support/run_program.h"
 #include "support/scratch_folder.h"
 
-#include <array>
-#include <cstdio>
+#include <filesystem>
 #include <string>
-
-#include <sys/wait.h>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-struct Outcome {
-    int status;
-    std::string output; // both streams
-};
-
-Outcome run(const std::string& arguments) {
-    FILE* pipe = popen(("\"" ZV_CTL "\" " + arguments + " 2>&1").c_str(), "r");
-    Outcome outcome{-1, ""};
-    std::array<char, 4096> chunk{};
-    while (fgets(chunk.data(), chunk.size(), pipe) != nullptr)
-        outcome.output += chunk.data();
-    outcome.status = WEXITSTATUS(pclose(pipe));
-    return outcome;
+zv::test::Outcome run(const std::string& arguments) {
+    return zv::test::runProgram(ZV_CTL, arguments);
 }
 
 TEST(Zvctl, ExitsByWhatTheLibraryAnswersAndTellsIt) {
     const zv::test::ScratchFolder folder;
+    zv::test::writeFile("not-a-library", "text");
     struct Row {
         const char* arguments;
         int status;
@@ -46,11 +34,11 @@ TEST(Zvctl, ExitsByWhatTheLibraryAnswersAndTellsIt) {
         {"migrate INI NATIVE more", 2, "more"},
         {"check-unicode", 2, "DRIVE"},
         {"--library", 2, "--library"},
-        {"--library /no/such/library migrate INI NATIVE", 2, "/no/such/library"},
-        {"--library /bin/true migrate INI NATIVE", 2, "cannot load"},
+        {"--library no-such-library migrate INI NATIVE", 2, "no-such-library"},
+        {"--library not-a-library migrate INI NATIVE", 2, "cannot load"},
     };
     for (const Row& row : rows) {
-        const Outcome outcome = run(row.arguments);
+        const zv::test::Outcome outcome = run(row.arguments);
         EXPECT_EQ(outcome.status, row.status) << row.arguments << '\n' << outcome.output;
         EXPECT_NE(outcome.output.find(row.output), std::string::npos) << row.arguments << '\n'
                                                                       << outcome.output;
@@ -64,7 +52,8 @@ TEST(Zvctl, MovesARegistryToTheFileAndBack) {
     EXPECT_EQ(run("migrate INI NATIVE").status, 0);
     EXPECT_FALSE(std::filesystem::exists("zvregistry.ini"));
     EXPECT_EQ(run("migrate NATIVE INI").status, 0);
-    EXPECT_EQ(zv::test::readFile("zvregistry.ini"), ini);
+    // A registry that is not the test's own holds more.
+    EXPECT_NE(zv::test::readFile("zvregistry.ini").find(ini), std::string::npos);
 }
 
 } // namespace

@@ -280,8 +280,8 @@ TEST_F(NativeRegKeyTest, ReadsEveryTypeAsItsOwn) {
 }
 
 TEST_F(NativeRegKeyTest, ExpandsIntoTheRoomThereIs) {
-    setenv("ZV_TEST_LONG", std::string(40, 'x').c_str(), 1);
-    setenv("ZV_TEST_SHORT", "y", 1);
+    setVariable("ZV_TEST_LONG", std::string(40, 'x').c_str());
+    setVariable("ZV_TEST_SHORT", "y");
     const struct {
         std::u16string source;
         std::u16string expanded;
@@ -305,8 +305,8 @@ TEST_F(NativeRegKeyTest, ExpandsIntoTheRoomThereIs) {
         EXPECT_EQ(read(*key, u"n", need - 1).code, kFail);
         EXPECT_EQ(read(*key, u"n", need - 2).code, kFail);
     }
-    unsetenv("ZV_TEST_LONG");
-    unsetenv("ZV_TEST_SHORT");
+    setVariable("ZV_TEST_LONG", nullptr);
+    setVariable("ZV_TEST_SHORT", nullptr);
 }
 
 TEST_F(NativeRegKeyTest, TextWithoutItsEndIsCopiedWhole) {

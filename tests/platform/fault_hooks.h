@@ -1,14 +1,11 @@
 // Failing and dying file calls for the tests of the registry file and the migration.
-#ifndef ZVSUPPORT_TESTS_CORE_REGISTRY_FAULT_HOOKS_H
-#define ZVSUPPORT_TESTS_CORE_REGISTRY_FAULT_HOOKS_H
+#ifndef ZVSUPPORT_TESTS_PLATFORM_FAULT_HOOKS_H
+#define ZVSUPPORT_TESTS_PLATFORM_FAULT_HOOKS_H
 
 #include "platform/posix/file_seam.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <set>
-#include <string>
 
 namespace zv::test {
 
@@ -47,13 +44,6 @@ public:
 
     bool reached() const { return fault.at <= 0; }
 };
-
-inline std::set<std::string> namesIn(const std::filesystem::path& folder) {
-    std::set<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder))
-        names.insert(entry.path().filename().string());
-    return names;
-}
 
 } // namespace zv::test
 
