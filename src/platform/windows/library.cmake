@@ -5,7 +5,7 @@ set(ZV_RESOURCE ${CMAKE_CURRENT_BINARY_DIR}/version.rc)
 configure_file(platform/windows/version.rc.in ${ZV_RESOURCE} @ONLY)
 
 add_library(zvsupport SHARED platform/windows/entry.cpp platform/windows/run_time_threads.cpp
-                             ${ZV_RESOURCE} ${ZV_DEFINITION})
+                             platform/windows/younger_calls.cpp ${ZV_RESOURCE} ${ZV_DEFINITION})
 # It is beneath the exceptions.
 set_source_files_properties(platform/windows/run_time_threads.cpp PROPERTIES
                             COMPILE_OPTIONS -fno-exceptions)
@@ -16,6 +16,7 @@ target_link_libraries(zvsupport PRIVATE ${ZV_LAYERS} zv_options zv_system)
 # The linker's own import library lacks the decorated names that a 32-bit compiler asks for.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     set(ZV_IMPORT_DEFINITION ${CMAKE_CURRENT_SOURCE_DIR}/platform/windows/import_i686.def)
+    target_link_options(zvsupport PRIVATE -Wl,--enable-stdcall-fixup)
 else()
     set(ZV_IMPORT_DEFINITION ${ZV_DEFINITION})
 endif()
