@@ -1,58 +1,62 @@
 # What scripts/test needs for the Windows targets: Wine, and a prefix to run in. Sourced, not run.
 
 # Where what is costly to make is kept for the next run: the root folder with a 32-bit system.
-zv_cache=${XDG_CACHE_HOME:-$HOME/.cache}/zvsupport
+zv_root=${XDG_CACHE_HOME:-$HOME/.cache}/zvsupport/i386-bookworm
 
 as_root=()
 [ "$(id -u)" -eq 0 ] || as_root=(sudo)
 
-# True when 32-bit Wine can be had from this machine's own package lists (it is installed then).
-have_wine32_package() {
+# True when 32-bit programs can be run: by this machine's own Wine, or by the one in ZV_WINE_ROOT. A
+# reason is in wine32_reason otherwise.
+have_wine32() {
     dpkg-query -W -f '${Status}' wine32:i386 2>/dev/null | grep -q 'install ok installed' && return
+    [ -e "$zv_root/.complete" ] || install_wine32 || make_wine32_root || return
+    [ -e "$zv_root/.complete" ] || return 0
+    wine32_reason="this machine does not run the 32-bit system in $zv_root"
+    in_root 'exec wine --version' >/dev/null 2>&1 || return
+    export ZV_WINE_ROOT=$zv_root
+}
+
+# From this machine's own package lists. Where they have no 32-bit packages that fit, the machine is
+# left as it was found.
+install_wine32() {
     local added=
     if ! dpkg --print-foreign-architectures | grep -qx i386; then
         "${as_root[@]}" dpkg --add-architecture i386 || return
         added=yes
     fi
     if "${as_root[@]}" apt-get update -qq &&
-        apt-get install -s --no-install-recommends wine32:i386 &&
-        DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq \
+        apt-get install -s --no-remove --no-install-recommends wine32:i386 &&
+        DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -qq --no-remove \
             --no-install-recommends wine32:i386; then
         return 0
     fi
-    # The machine is left as it was found.
     [ -z "$added" ] || "${as_root[@]}" dpkg --remove-architecture i386
     "${as_root[@]}" apt-get update -qq
     return 1
 } >/dev/null 2>&1
 
-# True when a root folder with an i386 system and Wine is there; ZV_WINE_ROOT names it then. A reason
-# is in wine32_reason otherwise.
-have_wine32_root() {
-    local root=$zv_cache/i386-bookworm log=build/wine32-root.log
-    if [ ! -e "$root/.complete" ]; then
-        wine32_reason="only root can make a folder with a 32-bit system"
-        [ "$(id -u)" -eq 0 ] || return
-        need_packages debootstrap
-        say "making a 32-bit Debian with Wine in $root (once)"
-        wine32_reason="a 32-bit system could not be made (see $log)"
-        rm -rf "$root"
-        mkdir -p "$zv_cache"
-        {
-            debootstrap --arch=i386 --variant=minbase bookworm "$root" "$(debian_mirror)" &&
-                in_root "$root" 'apt-get update -qq && DEBIAN_FRONTEND=noninteractive \
-                    apt-get install -y -qq --no-install-recommends wine wine32' &&
-                touch "$root/.complete"
-        } >"$log" 2>&1 || return
-    fi
-    wine32_reason="this machine does not run the 32-bit system in $root"
-    in_root "$root" 'exec wine --version' >>"$log" 2>&1 || return
-    export ZV_WINE_ROOT=$root
+make_wine32_root() {
+    local log=build/wine32-root.log
+    wine32_reason="only root can make a folder with a 32-bit system"
+    [ "$(id -u)" -eq 0 ] || return
+    need_packages debootstrap
+    say "making a 32-bit Debian with Wine in $zv_root (once)"
+    wine32_reason="a 32-bit system could not be made (see $log)"
+    rm -rf "$zv_root"
+    mkdir -p "$zv_root"
+    {
+        debootstrap --arch=i386 --variant=minbase bookworm "$zv_root" "$(debian_mirror)" &&
+            in_root 'apt-get update -qq && DEBIAN_FRONTEND=noninteractive \
+                apt-get install -y -qq --no-install-recommends wine wine32' &&
+            touch "$zv_root/.complete"
+    } >"$log" 2>&1
 }
 
+# A shell command inside of the root folder.
 in_root() {
-    root=$1 unshare --mount bash -c 'mount --bind /proc "$root/proc" &&
-        mount --bind /dev "$root/dev" && exec chroot "$root" /bin/sh -c "$0"' "$2"
+    zv_root=$zv_root unshare --mount bash -c 'mount --bind /proc "$zv_root/proc" &&
+        mount --bind /dev "$zv_root/dev" && exec chroot "$zv_root" /bin/sh -c "$0"' "$1"
 }
 
 # The mirror that this machine's packages come from.
