@@ -1,5 +1,6 @@
 // The static class list: which classes the library knows by name, in registration order. The one
 // place that reaches up to every layer of the class library.
+#include "core/com/file_path.h"
 #include "lang/class.h"
 #include "lang/event.h"
 #include "lang/exception.h"

@@ -39,7 +39,6 @@ class CZvDouble {};
 class CZvFakeAtomic {};
 class CZvFileInputStream {};
 class CZvFileOutputStream {};
-class CZvFilePath {};
 class CZvFilterInputStream {};
 class CZvFilterOutputStream {};
 class CZvFilterReader {};

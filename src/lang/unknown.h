@@ -5,6 +5,7 @@
 #ifndef ZVSUPPORT_LANG_UNKNOWN_H
 #define ZVSUPPORT_LANG_UNKNOWN_H
 
+#include "core/guid.h"
 #include "core/result.h"
 #include "platform/calling_convention.h"
 
@@ -14,16 +15,8 @@ namespace ZVCL {
 
 using zv::core::ResultCode;
 
-// An interface identifier, 16 bytes. Two are equal when all bytes are.
-struct ZvIid {
-    std::uint32_t Data1;
-    std::uint16_t Data2;
-    std::uint16_t Data3;
-    std::uint8_t Data4[8];
-
-    friend constexpr bool operator==(const ZvIid&, const ZvIid&) = default;
-};
-static_assert(sizeof(ZvIid) == 16);
+// An interface identifier. Two are equal when all of their 16 bytes are.
+using ZvIid = zv::core::Guid;
 
 class IZvUnknown {
 public:
