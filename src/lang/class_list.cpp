@@ -12,6 +12,9 @@
 #include "lang/string.h"
 #include "text/code_page_converters.h"
 #include "text/single_byte_converters.h"
+#include "text/utf16_converters.h"
+#include "text/utf32_converters.h"
+#include "text/utf8_converters.h"
 #include "util/mt_buffer.h"
 #include "util/ro_buffer.h"
 #include "util/rw_buffer.h"
@@ -180,16 +183,16 @@ constinit const ClassListEntry kClassList[] = {
     creatable<CZvBTCCP437>(u"CZvBTCCP437"),
     creatable<CZvCTBCP1252>(u"CZvCTBCP1252"),
     creatable<CZvBTCCP1252>(u"CZvBTCCP1252"),
-    named<CZvBTCUTF8>(u"CZvBTCUTF8"),
-    named<CZvCTBUTF8>(u"CZvCTBUTF8"),
-    named<CZvCTBUTF16LE>(u"CZvCTBUTF16LE"),
-    named<CZvBTCUTF16LE>(u"CZvBTCUTF16LE"),
-    named<CZvCTBUTF16BE>(u"CZvCTBUTF16BE"),
-    named<CZvBTCUTF16BE>(u"CZvBTCUTF16BE"),
-    named<CZvCTBUTF32LE>(u"CZvCTBUTF32LE"),
-    named<CZvBTCUTF32LE>(u"CZvBTCUTF32LE"),
-    named<CZvCTBUTF32BE>(u"CZvCTBUTF32BE"),
-    named<CZvBTCUTF32BE>(u"CZvBTCUTF32BE"),
+    creatable<CZvBTCUTF8>(u"CZvBTCUTF8"),
+    creatable<CZvCTBUTF8>(u"CZvCTBUTF8"),
+    creatable<CZvCTBUTF16LE>(u"CZvCTBUTF16LE"),
+    creatable<CZvBTCUTF16LE>(u"CZvBTCUTF16LE"),
+    creatable<CZvCTBUTF16BE>(u"CZvCTBUTF16BE"),
+    creatable<CZvBTCUTF16BE>(u"CZvBTCUTF16BE"),
+    creatable<CZvCTBUTF32LE>(u"CZvCTBUTF32LE"),
+    creatable<CZvBTCUTF32LE>(u"CZvBTCUTF32LE"),
+    creatable<CZvCTBUTF32BE>(u"CZvCTBUTF32BE"),
+    creatable<CZvBTCUTF32BE>(u"CZvBTCUTF32BE"),
     {nullptr, nullptr, nullptr},
 };
 

@@ -83,16 +83,6 @@ class CZvUInteger64 {};
 class CZvUInteger8 {};
 class CZvUnsignedInteger {};
 class CZvWriter {};
-class CZvBTCUTF8 {};
-class CZvCTBUTF8 {};
-class CZvCTBUTF16LE {};
-class CZvBTCUTF16LE {};
-class CZvCTBUTF16BE {};
-class CZvBTCUTF16BE {};
-class CZvCTBUTF32LE {};
-class CZvBTCUTF32LE {};
-class CZvCTBUTF32BE {};
-class CZvBTCUTF32BE {};
 
 } // namespace ZVCL::later
 
