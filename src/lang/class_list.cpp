@@ -1,10 +1,19 @@
 // The static class list: which classes the library knows by name, in registration order. The one
 // place that reaches up to every layer of the class library.
 #include "core/com/file_path.h"
+#include "io/byte_array_input_stream.h"
+#include "io/byte_array_output_stream.h"
+#include "io/data_input_stream.h"
+#include "io/file_input_stream.h"
+#include "io/filter_output_stream.h"
+#include "io/null_output_stream.h"
+#include "io/stdio_input_stream.h"
+#include "io/stdio_output_stream.h"
 #include "lang/class.h"
 #include "lang/event.h"
 #include "lang/exception.h"
 #include "lang/gate.h"
+#include "lang/guid.h"
 #include "lang/later_classes.h"
 #include "lang/mutex.h"
 #include "lang/rw_lock.h"
@@ -61,7 +70,7 @@ constinit const ClassListEntry kClassList[] = {
     named<CZvBufferedReader>(u"CZvBufferedReader"),
     named<CZvBufferedWriter>(u"CZvBufferedWriter"),
     named<CZvByteArrayInputStream>(u"CZvByteArrayInputStream"),
-    named<CZvByteArrayOutputStream>(u"CZvByteArrayOutputStream"),
+    creatable<CZvByteArrayOutputStream>(u"CZvByteArrayOutputStream"),
     named<CZvByteToCharConverter>(u"CZvByteToCharConverter"),
     named<CZvCharToByteConverter>(u"CZvCharToByteConverter"),
     named<CZvClass>(u"CZvClass"),
@@ -108,7 +117,7 @@ constinit const ClassListEntry kClassList[] = {
     creatable<CZvMTByteBuffer>(u"CZvMTByteBuffer"),
     creatable<CZvMTCharBuffer>(u"CZvMTCharBuffer"),
     creatable<CZvMutex>(u"CZvMutex"),
-    named<CZvNullOutputStream>(u"CZvNullOutputStream"),
+    creatable<CZvNullOutputStream>(u"CZvNullOutputStream"),
     named<CZvNullWriter>(u"CZvNullWriter"),
     named<CZvNumber>(u"CZvNumber"),
     creatable<CZvObject>(u"CZvObject"),
@@ -126,8 +135,8 @@ constinit const ClassListEntry kClassList[] = {
     creatable<CZvSemaphore>(u"CZvSemaphore"),
     named<CZvSet>(u"CZvSet"),
     named<CZvSignedInteger>(u"CZvSignedInteger"),
-    named<CZvStdioInputStream>(u"CZvStdioInputStream"),
-    named<CZvStdioOutputStream>(u"CZvStdioOutputStream"),
+    creatable<CZvStdioInputStream>(u"CZvStdioInputStream"),
+    creatable<CZvStdioOutputStream>(u"CZvStdioOutputStream"),
     creatable<CZvString>(u"CZvString"),
     named<CZvStringMapRB>(u"CZvStringMapRB"),
     named<CZvStringWriter>(u"CZvStringWriter"),

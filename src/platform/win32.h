@@ -169,6 +169,7 @@ inline constexpr DWORD ERROR_WRITE_FAULT = 29;
 inline constexpr DWORD ERROR_READ_FAULT = 30;
 inline constexpr DWORD ERROR_GEN_FAILURE = 31;
 inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+inline constexpr DWORD ERROR_HANDLE_EOF = 38;
 inline constexpr DWORD ERROR_HANDLE_DISK_FULL = 39;
 inline constexpr DWORD ERROR_NOT_SUPPORTED = 50;
 inline constexpr DWORD ERROR_FILE_EXISTS = 80;
@@ -375,7 +376,8 @@ void ZV_SYSTEM_CALL Sleep(DWORD milliseconds);
 HANDLE ZV_SYSTEM_CALL CreateFileA(const char* path, DWORD access, DWORD share,
                                   SECURITY_ATTRIBUTES* attributes, DWORD disposition, DWORD flags,
                                   HANDLE templateFile);
-// Non-zero on success; *transferred (never null here) is what was moved, 0 at the end of the file.
+// Non-zero on success; *transferred (never null here) is what was moved, 0 at the end of the file,
+// where some files answer zero and 38 instead.
 // A failed or short write leaves *transferred telling how much reached the system (112 disk full).
 BOOL ZV_SYSTEM_CALL ReadFile(HANDLE file, void* buffer, DWORD size, DWORD* transferred,
                              void* overlapped);
