@@ -180,7 +180,9 @@ inline constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
 inline constexpr DWORD ERROR_INVALID_NAME = 123;
 inline constexpr DWORD ERROR_MOD_NOT_FOUND = 126;
 inline constexpr DWORD ERROR_PROC_NOT_FOUND = 127;
+inline constexpr DWORD ERROR_NEGATIVE_SEEK = 131;
 inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
+inline constexpr DWORD ERROR_BAD_PATHNAME = 161;
 inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
 inline constexpr DWORD ERROR_MORE_DATA = 234;
@@ -298,8 +300,9 @@ DWORD ZV_SYSTEM_CALL GetCurrentProcessId();
 BOOL ZV_SYSTEM_CALL GetUserNameA(char* name, DWORD* size);
 BOOL ZV_SYSTEM_CALL GetComputerNameA(char* name, DWORD* size);
 
-// Replaces every %NAME% that the environment knows. Answers the room needed, terminator included,
-// also when that is more than size (the buffer's contents are then undefined); 0 on failure.
+// Replaces every %NAME% that the environment knows; an unknown one stays as it is. Answers the room
+// needed, terminator included, also when that is more than size (the buffer's contents are then
+// undefined); 0 on failure.
 DWORD ZV_SYSTEM_CALL ExpandEnvironmentStringsA(const char* source, char* target, DWORD size);
 
 // ---------------------------------------------------------------------------------------------
@@ -343,6 +346,7 @@ HANDLE ZV_SYSTEM_CALL CreateSemaphoreA(SECURITY_ATTRIBUTES* attributes, LONG ini
                                        LONG maximumCount, const char* name);
 // Adds count units (1 or more) and stores the former count unless previousCount is null. Zero and
 // 298 when that would pass the maximum, zero and 87 when count is below 1; nothing is added then.
+// (Wine takes a count of 0 and answers 298 for one below it. Callers give 1 or more.)
 BOOL ZV_SYSTEM_CALL ReleaseSemaphore(HANDLE semaphore, LONG count, LONG* previousCount);
 
 // An event of one process. Callers make manual-reset events without a name. Null on failure.
@@ -385,7 +389,8 @@ BOOL ZV_SYSTEM_CALL WriteFile(HANDLE file, const void* buffer, DWORD size, DWORD
                               void* overlapped);
 // Returns when what was written is on the disk. Zero on failure.
 BOOL ZV_SYSTEM_CALL FlushFileBuffers(HANDLE file);
-// The new position's low 32 bits, 0xFFFFFFFF on failure. distanceHigh may be null.
+// The new position's low 32 bits, 0xFFFFFFFF on failure (131 in front of the beginning).
+// distanceHigh may be null.
 DWORD ZV_SYSTEM_CALL SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origin);
 // Time, size and identity of an open file. Zero on failure.
 BOOL ZV_SYSTEM_CALL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* info);
@@ -433,8 +438,13 @@ UINT ZV_SYSTEM_CALL GetACP();
 // With targetSize 0 the call answers the room needed; otherwise the units written. 0 on failure:
 // 122 the target is too small, 87 for an argument that makes no sense or an unknown code page, 1113
 // with MB_ERR_INVALID_CHARS. Without that flag bytes that mean nothing become U+FFFD (or what the
-// page maps them to), characters that the page lacks become its default character; *usedDefault,
-// unless null, tells whether one did (null is required for CP_UTF8).
+// page maps them to), characters that the page lacks become its default character, surrogate pairs
+// two of it; *usedDefault, unless null, tells whether one did (null is required for CP_UTF8).
+//
+// Systems differ in how many U+FFFD a broken sequence of UTF-8 makes, and in whether a character
+// that a page lacks becomes one that resembles it (Windows: "c" for "\u0107") or the default
+// character (elsewhere: the tables of what resembles what are each system's own). Callers that must
+// not lose a difference compare what comes back. defaultChar is null.
 int ZV_SYSTEM_CALL MultiByteToWideChar(UINT codePage, DWORD flags, const char* source,
                                        int sourceSize, char16_t* target, int targetSize);
 int ZV_SYSTEM_CALL WideCharToMultiByte(UINT codePage, DWORD flags, const char16_t* source,
@@ -444,8 +454,8 @@ int ZV_SYSTEM_CALL WideCharToMultiByte(UINT codePage, DWORD flags, const char16_
 // ---------------------------------------------------------------------------------------------
 // Registry. Every call answers the Windows error number itself (0 on success) instead of setting
 // the last error. Key names and value names are compared without regard to case; sub-keys come in
-// name order. Sizes of data are bytes and include terminators. A null value name is the default
-// value, like the empty one.
+// name order. A path that begins with a backslash is 161 (bad path). Sizes of data are bytes and
+// include terminators. A null value name is the default value, like the empty one.
 
 LONG ZV_SYSTEM_CALL RegCloseKey(HKEY key);
 LONG ZV_SYSTEM_CALL RegCreateKeyExA(HKEY key, const char* subKey, DWORD reserved, char* keyClass,

@@ -213,12 +213,12 @@ TEST(CodePages, ReplaceWhatAPageLacks) {
          u"a\u0416"
          u"b",
          nullptr, "a?b", TRUE},
-        {1252, u"\xD83D\xDE00.", "_", "_.", TRUE},
+        {1252, u"\xD83D\xDE00.", "_", "__.", TRUE},
         {1252, u"\xD83D", "", "", TRUE},
         {437, u"\xE9\u2592", nullptr, "\x82\xB1", FALSE},
         {437, u"x\u20ACy", "<>", "x<>y", TRUE},
         {1251, u"\u0416\u0451", nullptr, "\xC6\xB8", FALSE},
-        {1251, u"\xE9 \xD83D\xDE00 \xD83D", nullptr, "? ? ?", TRUE},
+        {1251, u"\xE9 \xD83D\xDE00 \xD83D", nullptr, "? ?? ?", TRUE},
         {932, u"\u3042a\u8868\\", nullptr,
          "\x82\xA0"
          "a\x95\x5C\\",

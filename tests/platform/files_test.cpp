@@ -105,7 +105,7 @@ TEST_F(FilesTest, ReadWriteAndPosition) {
     EXPECT_TRUE(ReadFile(file, bytes, sizeof bytes, &moved, nullptr));
     EXPECT_EQ(moved, 0U);
     EXPECT_EQ(SetFilePointer(file, -1, nullptr, FILE_BEGIN), 0xFFFFFFFF);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(GetLastError(), ERROR_NEGATIVE_SEEK);
     LONG high = 1;
     EXPECT_EQ(SetFilePointer(file, 5, &high, FILE_BEGIN), 5U);
     EXPECT_EQ(high, 1);

@@ -27,11 +27,11 @@ TEST(Environment, NamesBetweenMarksAreReplaced) {
         {"a%ZV_ONE%b%ZV_LONG%c", "a1blonger than its namec"},
         {"%ZV_EMPTY%", ""},
         {"%ZV_NONE%", "%ZV_NONE%"},
-        {"%ZV_NONE%ZV_ONE%", "%ZV_NONE1"}, // the mark behind an unknown name begins the next
+        {"%ZV_NONE%ZV_ONE%", "%ZV_NONE%ZV_ONE%"}, // the mark behind an unknown name is its own
         {"100%", "100%"},
         {"%%", "%%"},
         {"%ZV_ONE", "%ZV_ONE"},
-        {"50% of %ZV_ONE%", "50% of 1"},
+        {"50% of %ZV_ONE%", "50% of %ZV_ONE%"},
     };
     for (const auto& [source, expected] : cases) {
         SCOPED_TRACE(source);

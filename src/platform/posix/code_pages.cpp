@@ -250,8 +250,7 @@ bool encodeLatin1(const char16_t* text, std::size_t size, std::string_view fallb
             sink.put(*byte);
         } else {
             exact = false;
-            sink.put(fallback.data(), fallback.size());
-            at += isPairAt(text, at, size) ? 1 : 0;
+            sink.put(fallback.data(), fallback.size()); // for each half of a pair
         }
     }
     return exact;
@@ -302,10 +301,12 @@ public:
         return convert<char>(fromWide, reinterpret_cast<const char*>(text + run),
                              (size - run) * sizeof(char16_t), sink, [&](const char* at) {
                                  const auto* unit = reinterpret_cast<const char16_t*>(at);
-                                 sink.put(fallback.data(), fallback.size());
                                  const bool pair =
                                      isPairAt(unit, 0, static_cast<std::size_t>(end - unit));
-                                 return pair ? 2 * sizeof(char16_t) : sizeof(char16_t);
+                                 const std::size_t units = pair ? 2 : 1;
+                                 for (std::size_t i = 0; i < units; ++i)
+                                     sink.put(fallback.data(), fallback.size());
+                                 return units * sizeof(char16_t);
                              });
     }
 

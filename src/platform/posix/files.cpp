@@ -320,7 +320,10 @@ DWORD SetFilePointer(HANDLE handle, LONG distance, LONG* distanceHigh, DWORD ori
                  static_cast<std::uint32_t>(distance);
     const off_t position = lseek(file->descriptor(), offset, origins[origin]);
     if (position < 0) {
-        setErrorFromErrno(errno);
+        if (errno == EINVAL)
+            SetLastError(ERROR_NEGATIVE_SEEK);
+        else
+            setErrorFromErrno(errno);
         return failure;
     }
     const auto place = static_cast<std::uint64_t>(position);

@@ -221,6 +221,8 @@ struct Narrow {
 
 LONG createKey(HKEY handle, std::u16string_view path, REGSAM access, HKEY* result,
                DWORD* disposition) {
+    if (path.starts_with(u'\\'))
+        return ERROR_BAD_PATHNAME;
     if (result == nullptr)
         return ERROR_INVALID_PARAMETER;
     *result = nullptr;
@@ -255,6 +257,8 @@ LONG createKey(HKEY handle, std::u16string_view path, REGSAM access, HKEY* resul
 }
 
 LONG openKey(HKEY handle, std::u16string_view path, REGSAM access, HKEY* result) {
+    if (path.starts_with(u'\\'))
+        return ERROR_BAD_PATHNAME;
     if (result == nullptr)
         return ERROR_INVALID_PARAMETER;
     *result = nullptr;
@@ -301,6 +305,8 @@ LONG deleteValue(HKEY handle, std::u16string_view name) {
 
 // Whether a key may be deleted does not depend on what its handle was opened for.
 LONG deleteKey(HKEY handle, std::u16string_view path) {
+    if (path.starts_with(u'\\'))
+        return ERROR_BAD_PATHNAME;
     return change(handle, kAnything, [&](Hive& hive, Key* key) -> DWORD {
         std::u16string_view rest = path;
         for (std::u16string_view component = takeComponent(rest); !component.empty();

@@ -129,8 +129,8 @@ std::optional<std::u16string> variable(std::u16string_view name) {
     return value ? std::optional<std::u16string>(widen(*value)) : std::nullopt;
 }
 
-// The text with every %NAME% that the environment knows replaced. The mark behind an unknown name
-// may begin the next one.
+// The text with every %NAME% that the environment knows replaced. An unknown one stays, with both
+// of its marks.
 template <typename Char>
 std::basic_string<Char> expanded(std::basic_string_view<Char> text) {
     constexpr auto mark = static_cast<Char>('%');
@@ -145,13 +145,11 @@ std::basic_string<Char> expanded(std::basic_string_view<Char> text) {
             result.append(text.substr(at));
             break;
         }
-        if (const auto value = variable(text.substr(at + 1, close - at - 1))) {
+        if (const auto value = variable(text.substr(at + 1, close - at - 1)))
             result.append(*value);
-            at = close + 1;
-        } else {
-            result.append(text.substr(at, close - at));
-            at = close;
-        }
+        else
+            result.append(text.substr(at, close + 1 - at));
+        at = close + 1;
     }
     return result;
 }
