@@ -48,41 +48,6 @@ protected:
     std::string name;
 };
 
-TEST_F(NamedSemaphoreTest, TwoOpeningsInOneProcessAreOneSemaphore) {
-    SetLastError(1);
-    const HANDLE first = open(2, 3);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    const HANDLE second = open(50, 60);
-    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
-    ASSERT_NE(first, second);
-    EXPECT_EQ(WaitForSingleObject(first, 0), WAIT_OBJECT_0);
-    EXPECT_EQ(count(second), 1);
-    EXPECT_TRUE(CloseHandle(first));
-    EXPECT_EQ(count(second), 1); // the other handle still holds it
-    EXPECT_TRUE(hasState());
-    EXPECT_TRUE(CloseHandle(second));
-    EXPECT_FALSE(hasState());
-    const HANDLE afresh = open(5);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    EXPECT_EQ(count(afresh), 5);
-    CloseHandle(afresh);
-}
-
-TEST_F(NamedSemaphoreTest, ReleasesAreLimitedAndTellTheFormerCount) {
-    const HANDLE semaphore = open(1, 3);
-    LONG before = -1;
-    EXPECT_TRUE(ReleaseSemaphore(semaphore, 2, &before));
-    EXPECT_EQ(before, 1);
-    EXPECT_FALSE(ReleaseSemaphore(semaphore, 1, &before));
-    EXPECT_EQ(GetLastError(), ERROR_TOO_MANY_POSTS);
-    EXPECT_FALSE(ReleaseSemaphore(semaphore, 0, &before));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(count(semaphore), 3);
-    CloseHandle(semaphore);
-    EXPECT_EQ(open(4, 3), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-}
-
 TEST_F(NamedSemaphoreTest, TheUnitOfAKilledHolderComesBack) {
     const HANDLE lock = open(1);
     Child holder([&](Child& self) {
@@ -110,35 +75,6 @@ TEST_F(NamedSemaphoreTest, TheUnitOfAKilledHolderComesBack) {
     CloseHandle(lock);
 }
 
-TEST_F(NamedSemaphoreTest, ANewCreationAfterTheLastHolderWasKilledStartsAfresh) {
-    Child holder([&](Child& self) {
-        const HANDLE mine = open(3);
-        WaitForSingleObject(mine, 0);
-        self.tellAndStay();
-        return 0;
-    });
-    holder.awaitTold();
-    holder.kill();
-    const HANDLE semaphore = open(2);
-    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
-    EXPECT_EQ(count(semaphore), 2);
-    CloseHandle(semaphore);
-}
-
-TEST_F(NamedSemaphoreTest, AUnitStaysTakenWhenItsTakerClosesTheHandle) {
-    const HANDLE semaphore = open(2);
-    Child taker([&](Child&) {
-        const HANDLE mine = open(2);
-        WaitForSingleObject(mine, 0);
-        CloseHandle(semaphore); // the inherited one
-        CloseHandle(mine);
-        return 0;
-    });
-    EXPECT_EQ(taker.join(), 0);
-    EXPECT_EQ(count(semaphore), 1);
-    CloseHandle(semaphore);
-}
-
 TEST_F(NamedSemaphoreTest, AnUnloadedLibraryGivesItsUnitsBackAndItsHandlesAreNone) {
     const HANDLE semaphore = open(1);
     Child unloading([&](Child&) {
@@ -154,26 +90,6 @@ TEST_F(NamedSemaphoreTest, AnUnloadedLibraryGivesItsUnitsBackAndItsHandlesAreNon
     EXPECT_EQ(WaitForSingleObject(semaphore, kLong), WAIT_OBJECT_0);
     CloseHandle(semaphore);
     EXPECT_FALSE(hasState());
-}
-
-// A queue's count: what a consumer took is consumed, however it ended.
-TEST_F(NamedSemaphoreTest, UnitsOfACountAreNotGivenBack) {
-    const HANDLE semaphore = open(0);
-    Child producer([&](Child&) { return ReleaseSemaphore(open(0), 3, nullptr) ? 0 : 1; });
-    EXPECT_EQ(producer.join(), 0);
-    Child consumer([&](Child& self) {
-        WaitForSingleObject(open(0), kLong);
-        self.tellAndStay();
-        return 0;
-    });
-    consumer.awaitTold();
-    consumer.kill();
-    EXPECT_EQ(count(semaphore), 2);
-    // Their slots are used again without a change of the count.
-    Child next([&](Child&) { return WaitForSingleObject(open(0), 0) == WAIT_OBJECT_0 ? 0 : 1; });
-    EXPECT_EQ(next.join(), 0);
-    EXPECT_EQ(count(semaphore), 1);
-    CloseHandle(semaphore);
 }
 
 TEST_F(NamedSemaphoreTest, AForkedChildHoldsAnOpeningOfItsOwn) {
@@ -213,35 +129,6 @@ TEST_F(NamedSemaphoreTest, ClosingWhileAThreadWaitsLeavesItWaiting) {
     EXPECT_TRUE(answer == WAIT_OBJECT_0 || answer == WAIT_FAILED);
     CloseHandle(other);
     EXPECT_FALSE(hasState());
-}
-
-TEST_F(NamedSemaphoreTest, ALockOfFourProcessesExcludes) {
-    constexpr int rounds = 300;
-    const std::string path = testing::TempDir() + name;
-    std::ofstream(path) << 0;
-    const HANDLE keeper = open(1);
-    std::vector<std::unique_ptr<Child>> children;
-    for (int i = 0; i < 4; ++i)
-        children.push_back(std::make_unique<Child>([&](Child&) {
-            const HANDLE lock = open(1);
-            for (int round = 0; round < rounds; ++round) {
-                if (WaitForSingleObject(lock, kLong) != WAIT_OBJECT_0)
-                    return 1;
-                int number = -1;
-                std::ifstream(path) >> number;
-                std::ofstream(path) << number + 1;
-                if (!ReleaseSemaphore(lock, 1, nullptr))
-                    return 2;
-            }
-            return 0;
-        }));
-    for (const auto& child : children)
-        EXPECT_EQ(child->join(), 0);
-    int number = -1;
-    std::ifstream(path) >> number;
-    EXPECT_EQ(number, 4 * rounds);
-    unlink(path.c_str());
-    CloseHandle(keeper);
 }
 
 TEST_F(NamedSemaphoreTest, KillsAtAnyMomentLeaveOneUnit) {
@@ -299,23 +186,6 @@ TEST_F(NamedSemaphoreTest, ProcessesThatComeAndGoMeetInOneSemaphore) {
     EXPECT_EQ(number, 4 * 150);
     EXPECT_FALSE(hasState());
     unlink(path.c_str());
-}
-
-TEST_F(NamedSemaphoreTest, NamesOfAnyKindStayApart) {
-    const std::string base = name;
-    const std::string longName(300, 'n');
-    const std::string names[] = {
-        base + "/a",   base + "%2fa",   base + "\\a",          base + " a",  base + "..",
-        base + "\xE9", base + longName, base + longName + "x", base + "\n1", base + "A"};
-    std::vector<HANDLE> handles;
-    for (std::size_t i = 0; i < std::size(names); ++i) {
-        handles.push_back(CreateSemaphoreA(nullptr, static_cast<LONG>(i), 100, names[i].c_str()));
-        EXPECT_EQ(GetLastError(), ERROR_SUCCESS) << i;
-    }
-    for (std::size_t i = 0; i < std::size(names); ++i) {
-        EXPECT_EQ(count(handles[i]), static_cast<int>(i));
-        CloseHandle(handles[i]);
-    }
 }
 
 TEST_F(NamedSemaphoreTest, ADamagedStateIsStartedAfreshWhenNobodyHoldsIt) {

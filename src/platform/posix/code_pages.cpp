@@ -243,14 +243,14 @@ std::optional<char> latin1Byte(char16_t unit) {
 }
 
 template <typename Sink>
-bool encodeLatin1(const char16_t* text, std::size_t size, std::string_view fallback, Sink& sink) {
+bool encodeLatin1(const char16_t* text, std::size_t size, char fallback, Sink& sink) {
     bool exact = true;
     for (std::size_t at = 0; at < size && !sink.full(); ++at) {
         if (const auto byte = latin1Byte(text[at])) {
             sink.put(*byte);
         } else {
             exact = false;
-            sink.put(fallback.data(), fallback.size()); // for each half of a pair
+            sink.put(fallback);
         }
     }
     return exact;
@@ -294,18 +294,17 @@ public:
     }
 
     template <typename Sink>
-    bool encode(const char16_t* text, std::size_t size, std::string_view fallback, Sink& sink) {
+    bool encode(const char16_t* text, std::size_t size, char fallback, Sink& sink) {
         const std::size_t run = asciiCompatible ? asciiRun(text, size) : 0;
         sink.put(text, run);
         const char16_t* end = text + size;
         return convert<char>(fromWide, reinterpret_cast<const char*>(text + run),
                              (size - run) * sizeof(char16_t), sink, [&](const char* at) {
                                  const auto* unit = reinterpret_cast<const char16_t*>(at);
-                                 const bool pair =
-                                     isPairAt(unit, 0, static_cast<std::size_t>(end - unit));
-                                 const std::size_t units = pair ? 2 : 1;
+                                 const auto left = static_cast<std::size_t>(end - unit);
+                                 const std::size_t units = isPairAt(unit, 0, left) ? 2 : 1;
                                  for (std::size_t i = 0; i < units; ++i)
-                                     sink.put(fallback.data(), fallback.size());
+                                     sink.put(fallback);
                                  return units * sizeof(char16_t);
                              });
     }
@@ -445,8 +444,7 @@ public:
         return isUtf8() ? decodeUtf8(text, size, sink) : decodeLatin1(text, size, sink);
     }
     template <typename Sink>
-    bool encode(const char16_t* text, std::size_t size, std::string_view fallback,
-                Sink& sink) const {
+    bool encode(const char16_t* text, std::size_t size, char fallback, Sink& sink) const {
         if (converter != nullptr)
             return converter->encode(text, size, fallback, sink);
         return isUtf8() ? encodeUtf8(text, size, sink) : encodeLatin1(text, size, fallback, sink);
@@ -457,14 +455,16 @@ private:
     std::shared_ptr<Converter> converter;
 };
 
-constexpr std::string_view kDefaultCharacter = "?";
+constexpr char kDefaultCharacter = '?';
+constexpr DWORD kInvalidFlags = 1004;
 
-// The units of a caller's source, terminator included for size -1; nothing when it makes no sense.
+// The units of a caller's source, terminator included for a size below 0; nothing when it makes no
+// sense.
 template <typename Source, typename Target>
 std::optional<std::size_t> sourceSizeOf(const Source* source, int size, const Target* target,
                                         int targetSize) {
-    const bool sensible = source != nullptr && (size > 0 || size == -1) && targetSize >= 0 &&
-                          (target != nullptr || targetSize == 0);
+    const bool sensible =
+        source != nullptr && size != 0 && targetSize >= 0 && (target != nullptr || targetSize == 0);
     if (!sensible)
         return std::nullopt;
     return size > 0 ? static_cast<std::size_t>(size) : std::char_traits<Source>::length(source) + 1;
@@ -531,8 +531,10 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int sour
     return guarded(0, [&] {
         const auto size = sourceSizeOf(source, sourceSize, target, targetSize);
         const Page page(codePage);
-        if (!size || (flags & ~MB_ERR_INVALID_CHARS) != 0 || !page.known())
+        if (!size || !page.known())
             return failWith(ERROR_INVALID_PARAMETER, 0);
+        if ((flags & ~MB_ERR_INVALID_CHARS) != 0)
+            return failWith(kInvalidFlags, 0);
         BufferSink<char16_t> sink(target, static_cast<std::size_t>(targetSize));
         const bool valid = page.decode(source, *size, sink);
         if (!valid && (flags & MB_ERR_INVALID_CHARS) != 0)
@@ -548,11 +550,12 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, const char16_t* source, int 
         const Page page(codePage);
         const bool defaultRefused =
             page.isUtf8() && (defaultChar != nullptr || usedDefault != nullptr);
-        if (!size || flags != 0 || !page.known() || defaultRefused)
+        if (!size || !page.known() || defaultRefused)
             return failWith(ERROR_INVALID_PARAMETER, 0);
+        if (flags != 0)
+            return failWith(kInvalidFlags, 0);
         BufferSink<char> sink(target, static_cast<std::size_t>(targetSize));
-        const std::string_view fallback =
-            defaultChar != nullptr ? std::string_view(defaultChar) : kDefaultCharacter;
+        const char fallback = defaultChar != nullptr ? *defaultChar : kDefaultCharacter;
         const bool exact = page.encode(source, *size, fallback, sink);
         if (usedDefault != nullptr)
             *usedDefault = exact ? FALSE : TRUE;

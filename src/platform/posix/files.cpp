@@ -251,8 +251,7 @@ HANDLE CreateFileA(const char* path, DWORD access, DWORD, SECURITY_ATTRIBUTES*, 
         auto object = std::make_shared<File>(file.get(), temporary);
         file.release();
         const HANDLE handle = newHandle(std::move(object));
-        if (always)
-            SetLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+        SetLastError(always && existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
         return handle;
     });
 }
@@ -705,6 +704,11 @@ UINT temporaryFile(std::string_view folder, std::string_view prefix, UINT unique
     // The prefix, 8 figures, ".tmp", a separator and the terminator must still fit.
     if (folder.size() + prefix.size() > MAX_PATH_LENGTH - 14)
         return failWith<UINT>(kBufferOverflow, 0);
+    struct stat status {};
+    const bool isThere = folder.empty() || (stat(std::string(folder).c_str(), &status) == 0 &&
+                                            S_ISDIR(status.st_mode));
+    if (!isThere)
+        return failWith<UINT>(kNoSuchFolder, 0);
     if (unique == 0)
         return makeTemporaryFile(folder, prefix, name);
     *name = temporaryName(folder, prefix, unique);

@@ -24,7 +24,7 @@ Answer failWith(DWORD error, Answer failure) noexcept {
 }
 
 // The frame of every call that uses memory: what is thrown inside becomes `failure` and the last
-// error 8.
+// error 14.
 template <typename Answer, typename Body>
 Answer guarded(Answer failure, Body body) noexcept {
     try {

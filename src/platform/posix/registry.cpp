@@ -171,6 +171,11 @@ LONG call(Body body) noexcept {
 // ---------------------------------------------------------------------------------------------
 // The calls, for text that is there
 
+// A path may end with a separator, and components may have several between them; none begins it.
+DWORD pathError(std::u16string_view path) {
+    return path.starts_with(u'\\') ? ERROR_BAD_PATHNAME : ERROR_SUCCESS;
+}
+
 std::u16string_view viewOf(const char16_t* text) {
     return text != nullptr ? std::u16string_view(text) : std::u16string_view();
 }
@@ -221,14 +226,14 @@ struct Narrow {
 
 LONG createKey(HKEY handle, std::u16string_view path, REGSAM access, HKEY* result,
                DWORD* disposition) {
-    if (path.starts_with(u'\\'))
-        return ERROR_BAD_PATHNAME;
     if (result == nullptr)
         return ERROR_INVALID_PARAMETER;
     *result = nullptr;
     return call([&](Registry& registry) -> DWORD {
         Key* key = nullptr;
         if (const DWORD code = registry.read(handle, kAnything, key); code != ERROR_SUCCESS)
+            return code;
+        if (const DWORD code = pathError(path); code != ERROR_SUCCESS)
             return code;
         bool created = false;
         for (std::u16string_view rest = path; key != nullptr;) {
@@ -257,14 +262,14 @@ LONG createKey(HKEY handle, std::u16string_view path, REGSAM access, HKEY* resul
 }
 
 LONG openKey(HKEY handle, std::u16string_view path, REGSAM access, HKEY* result) {
-    if (path.starts_with(u'\\'))
-        return ERROR_BAD_PATHNAME;
     if (result == nullptr)
         return ERROR_INVALID_PARAMETER;
     *result = nullptr;
     return call([&](Registry& registry) -> DWORD {
         Key* key = nullptr;
         if (const DWORD code = registry.read(handle, kAnything, key); code != ERROR_SUCCESS)
+            return code;
+        if (const DWORD code = pathError(path); code != ERROR_SUCCESS)
             return code;
         for (std::u16string_view component = takeComponent(path); !component.empty();
              component = takeComponent(path)) {
@@ -305,9 +310,9 @@ LONG deleteValue(HKEY handle, std::u16string_view name) {
 
 // Whether a key may be deleted does not depend on what its handle was opened for.
 LONG deleteKey(HKEY handle, std::u16string_view path) {
-    if (path.starts_with(u'\\'))
-        return ERROR_BAD_PATHNAME;
     return change(handle, kAnything, [&](Hive& hive, Key* key) -> DWORD {
+        if (const DWORD code = pathError(path); code != ERROR_SUCCESS)
+            return code;
         std::u16string_view rest = path;
         for (std::u16string_view component = takeComponent(rest); !component.empty();
              component = takeComponent(rest)) {

@@ -5,6 +5,7 @@
 
 #include <list>
 #include <new>
+#include <string_view>
 #include <thread>
 
 #include <pthread.h>
@@ -115,6 +116,21 @@ pthread_mutex_t* mutexOf(CRITICAL_SECTION* section) {
     return std::launder(reinterpret_cast<pthread_mutex_t*>(section));
 }
 
+// The name that a semaphore is shared by: there is one session here, so that a local name is a
+// plain one. Null and the last error for a name that no object can have.
+const char* sharedName(const char* name) {
+    constexpr std::string_view local = "Local\\", global = "Global\\";
+    const std::string_view whole(name);
+    if (whole.size() >= MAX_PATH_LENGTH)
+        return failWith<const char*>(ERROR_FILENAME_EXCED_RANGE, nullptr);
+    const std::size_t prefix = whole.starts_with(local)    ? local.size()
+                               : whole.starts_with(global) ? global.size()
+                                                           : 0;
+    if (whole.find('\\', prefix) != whole.npos)
+        return failWith<const char*>(ERROR_PATH_NOT_FOUND, nullptr);
+    return prefix == local.size() ? name + prefix : name;
+}
+
 template <typename Operation>
 BOOL onEvent(HANDLE handle, Operation operation) {
     const auto event = objectOf<Event>(handle);
@@ -158,7 +174,10 @@ HANDLE CreateSemaphoreA(SECURITY_ATTRIBUTES*, LONG initialCount, LONG maximumCou
         if (name == nullptr || *name == 0)
             return newHandle(std::make_shared<LocalSemaphore>(initialCount, maximumCount));
         bool existed = false;
-        auto semaphore = openNamedSemaphore(name, initialCount, maximumCount, &existed);
+        const char* const shared = sharedName(name);
+        if (shared == nullptr)
+            return nullptr;
+        auto semaphore = openNamedSemaphore(shared, initialCount, maximumCount, &existed);
         if (semaphore == nullptr)
             return nullptr;
         const HANDLE handle = newHandle(std::move(semaphore));

@@ -34,7 +34,7 @@ constinit std::atomic<DWORD> shownPlatform{VER_PLATFORM_NT};
 template <typename Info>
 BOOL giveVersion(Info* info) {
     if (info == nullptr || info->dwOSVersionInfoSize != sizeof(Info))
-        return failWith(ERROR_INVALID_PARAMETER, FALSE);
+        return failWith(ERROR_INSUFFICIENT_BUFFER, FALSE);
     const bool isNt = shownPlatform == VER_PLATFORM_NT;
     *info = Info{};
     info->dwOSVersionInfoSize = sizeof(Info);
