@@ -110,8 +110,8 @@ inline std::uint8_t* encodeTwos(const char16_t* in, std::uint8_t* out) {
     return out + sizes[7];
 }
 
-// What encodeEight may write: eight times three bytes, and one that the last word writes too much.
-constexpr std::ptrdiff_t kRoomForThrees = 25;
+// What encodeEight may write.
+constexpr std::ptrdiff_t kRoomForThrees = 8 * 3;
 
 // Encodes eight units, one to three bytes each; with surrogates it reads the ninth too. A lead
 // gives the first three of its pair's four bytes, with bits of the unit that follows it, and a
@@ -163,7 +163,10 @@ inline std::uint8_t* encodeEight(const char16_t* in, std::uint8_t* out) {
         store(out, codes[i]);
         out += sizes[i];
     };
-    lay(0), lay(1), lay(2), lay(3), lay(4), lay(5), lay(6), lay(7);
+    lay(0), lay(1), lay(2), lay(3), lay(4), lay(5), lay(6);
+    store(out, static_cast<std::uint16_t>(codes[7])); // what follows its three bytes is not ours
+    out[2] = static_cast<std::uint8_t>(codes[7] >> 16);
+    out += sizes[7];
     return withSurrogates && isLeadSurrogate(in[7]) ? out - 3 : out;
 }
 
@@ -190,11 +193,20 @@ inline Encoded encodeAhead(const char16_t* in, const char16_t* inEnd, std::uint8
                 break;
             out = encodeTwos(in, out);
             in += 8;
-        } else if (inEnd - in < 9 || room < kRoomForThrees) {
+        } else if (isLeadSurrogate(in[0]) && isTrailSurrogate(in[1])) {
+            do {
+                store(out, fourBytes(codePointOfPair(in[0], in[1])));
+                in += 2;
+                out += 4;
+            } while (inEnd - in >= 2 && outEnd - out >= 4 && isLeadSurrogate(in[0]) &&
+                     isTrailSurrogate(in[1]));
+        } else if (room < kRoomForThrees) {
             break;
         } else if ((marksOfSurrogates(words[0]) | marksOfSurrogates(words[1])) == 0) {
             out = encodeEight<false>(in, out);
             in += 8;
+        } else if (inEnd - in < 9) {
+            break;
         } else {
             std::uint8_t* const end = encodeEight<true>(in, out);
             if (end == nullptr)
