@@ -59,9 +59,26 @@ int32_t ZV_STDCALL RegistryMigrate(const char* sourceName, int32_t sourceParam,
 
 /* Asks the file server behind a mapped drive whether it supports Unicode.
  *
- * drive: the drive's name, as "F:".
+ * drive: the drive's name, as "F:". Its first byte names the drive, in either case; the whole text
+ * is the beginning of the path under which the server's answer is read.
  *
- * 0x80004001   not available in this version
+ * The server's version decides: 5 and later do, 3 and earlier do not. A server of version 4, or one
+ * that does not tell, is asked itself, for which the user needs console operator rights: it is told
+ * to load its module "nwzvinst", which leaves a result code in the file "zvinst.dat" in the root of
+ * the drive. The call waits for that file, 0.7 seconds at most, and deletes it. Calls for drives of
+ * one server must not overlap: they would take one another's file.
+ *
+ * The server is reached through Novell's client where it is installed, otherwise through
+ * Microsoft's.
+ *
+ * 0            the server supports Unicode
+ * 0x804E0001   it does not
+ * 0x804E0202   the server refused to load the module
+ * 0x804E897C   the user has no console operator rights on the server
+ * 0x804E9800   the client cannot ask the server to load a module
+ * 0x80004005   and others: the drive is not mapped to a server, the server cannot be attached to,
+ *              there is no client, or there was no whole answer in time
+ * any other    the code that the module left in its file, as it stands there
  */
 int32_t ZV_STDCALL NWCheckUnicodeSupport(const char* drive);
 

@@ -26,6 +26,7 @@ inline constexpr ResultCode kPointer = resultFromBits(0x80004003);
 inline constexpr ResultCode kFail = resultFromBits(0x80004005);
 inline constexpr ResultCode kNoSuchBackend = resultFromBits(0x80004007);
 inline constexpr ResultCode kNameTooLong = resultFromBits(0x80004009);
+inline constexpr ResultCode kUnexpected = resultFromBits(0x8000FFFF);
 inline constexpr ResultCode kFileNotFound = resultFromBits(0x80070002);
 inline constexpr ResultCode kAccessDenied = resultFromBits(0x80070005);
 inline constexpr ResultCode kInvalidHandle = resultFromBits(0x80070006);

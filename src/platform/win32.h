@@ -1,8 +1,8 @@
 // The Windows calls that this system makes: what a port has to answer.
 //
-// On Windows these declarations bind to kernel32, advapi32 and ole32; elsewhere src/platform/posix/
-// answers them. The declarations are this system's own, so that no other header brings the macros
-// of the system's headers in, and so that wide text is char16_t on every target.
+// On Windows these declarations bind to kernel32, advapi32, ole32 and mpr; elsewhere
+// src/platform/posix/ answers them. The declarations are this system's own, so that no other header
+// brings the macros of the system's headers in, and so that wide text is char16_t on every target.
 //
 // Above each call stands what callers rely on. Unless a comment says otherwise:
 //   - any thread may make any call at any time;
@@ -96,6 +96,29 @@ struct SYSTEM_INFO {
     DWORD dwAllocationGranularity;
     WORD wProcessorLevel;
     WORD wProcessorRevision;
+};
+
+struct SYSTEMTIME {
+    WORD wYear;
+    WORD wMonth;
+    WORD wDayOfWeek; // 0: Sunday
+    WORD wDay;
+    WORD wHour;
+    WORD wMinute;
+    WORD wSecond;
+    WORD wMilliseconds;
+};
+static_assert(sizeof(SYSTEMTIME) == 16);
+
+struct NETRESOURCEA {
+    DWORD dwScope;
+    DWORD dwType;
+    DWORD dwDisplayType;
+    DWORD dwUsage;
+    char* lpLocalName;  // "F:", or null
+    char* lpRemoteName; // "\\SERVER\VOLUME", or null
+    char* lpComment;
+    char* lpProvider;
 };
 
 // Opaque; 24 bytes on 32-bit and 40 on 64-bit systems.
@@ -213,6 +236,9 @@ inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;
 inline constexpr DWORD FILE_FLAG_DELETE_ON_CLOSE = 0x04000000;
 inline constexpr DWORD FILE_FLAG_WRITE_THROUGH = 0x80000000;
+inline constexpr DWORD RESOURCE_CONNECTED = 1;
+inline constexpr DWORD RESOURCETYPE_ANY = 0;
+inline constexpr DWORD RESOURCETYPE_DISK = 1;
 inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
@@ -427,6 +453,20 @@ DWORD ZV_SYSTEM_CALL GetTempPathA(DWORD size, char* buffer);
 // for 260). With unique 0 an empty file of a name nobody else has is created, and the number is
 // answered; 0 on failure.
 UINT ZV_SYSTEM_CALL GetTempFileNameA(const char* path, const char* prefix, UINT unique, char* name);
+
+// ---------------------------------------------------------------------------------------------
+// Network drives. These calls answer the Windows error number itself (0 on success) instead of
+// setting the last error.
+
+// Begins an enumeration of the drives that are connected; scope is RESOURCE_CONNECTED, type
+// RESOURCETYPE_DISK, usage 0 and container null.
+DWORD ZV_SYSTEM_CALL WNetOpenEnumA(DWORD scope, DWORD type, DWORD usage, NETRESOURCEA* container,
+                                   HANDLE* enumeration);
+// The next entries, at the beginning of the area, with their texts behind them. *count is the most
+// that are wanted (0xFFFFFFFF: as many as fit) and becomes their number. 259 when there are no
+// more; 234 when not one fits, and *size becomes the bytes that the next one needs.
+DWORD ZV_SYSTEM_CALL WNetEnumResourceA(HANDLE enumeration, DWORD* count, void* area, DWORD* size);
+DWORD ZV_SYSTEM_CALL WNetCloseEnum(HANDLE enumeration);
 
 // ---------------------------------------------------------------------------------------------
 // Text

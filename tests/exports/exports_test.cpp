@@ -102,8 +102,8 @@ TEST_F(Exports, EveryRefusalAnswersItsCodeAndTouchesNothing) {
     }
 }
 
-TEST_F(Exports, TheUnicodeCheckAnswersThatItIsNotThereYet) {
-    EXPECT_EQ(library->check("F:"), code(0x80004001));
+TEST_F(Exports, TheUnicodeCheckWantsADriveOfTheNetwork) {
+    EXPECT_EQ(library->check("F:"), code(0x80004005)); // no such drive
     EXPECT_EQ(library->check(nullptr), kInvalidArgument);
 }
 

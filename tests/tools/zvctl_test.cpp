@@ -25,7 +25,7 @@ TEST(Zvctl, ExitsByWhatTheLibraryAnswersAndTellsIt) {
         {"--library \"" ZV_LIBRARY "\" migrate native native", 0, "0x00000000"},
         {"migrate INI INI", 1, "0x80070057"},
         {"migrate FILE INI", 1, "0x80004007"},
-        {"check-unicode F:", 1, "0x80004001"},
+        {"check-unicode F:", 1, "0x80004005  no server behind the drive"},
         {"--help", 0, "check-unicode"},
         {"--version", 0, "zvctl 1.0.0"},
         {"", 2, "required"},

@@ -27,12 +27,17 @@ constexpr Meaning kMigration[] = {
 
 constexpr Meaning kUnicodeCheck[] = {
     {0x00000000, "the server supports Unicode"},
-    {0x80004001, "this version of the library does not offer the check yet"},
-    {0x80070057, "the drive makes no sense"},
+    {0x804E0001, "the server does not support Unicode"},
+    {0x804E0202, "the server refused to load the module that decides"},
+    {0x804E897C, "no console operator rights on the server"},
+    {0x804E9800, "the client stack of this system cannot ask the server to load the module"},
+    {0x80004005, "no server behind the drive, none to attach to, no client stack, or no answer of "
+                 "the server's module in time"},
 };
 
 template <std::size_t Size>
-const char* meaning(const Meaning (&own)[Size], std::int32_t code) {
+const char* meaning(const Meaning (&own)[Size], std::int32_t code, const char* otherFailure,
+                    const char* otherSuccess) {
     for (const Meaning& entry : own) {
         if (static_cast<std::int32_t>(entry.code) == code)
             return entry.text;
@@ -41,16 +46,17 @@ const char* meaning(const Meaning (&own)[Size], std::int32_t code) {
         if (static_cast<std::int32_t>(entry.code) == code)
             return entry.text;
     }
-    return code < 0 ? "failure" : "success";
+    return code < 0 ? otherFailure : otherSuccess;
 }
 
 } // namespace
 
 const char* meaningOfMigration(std::int32_t code) {
-    return meaning(kMigration, code);
+    return meaning(kMigration, code, "failure", "success");
 }
 const char* meaningOfUnicodeCheck(std::int32_t code) {
-    return meaning(kUnicodeCheck, code);
+    return meaning(kUnicodeCheck, code, "a failure of which the server's module tells no more",
+                   "a success of which the server's module tells no more");
 }
 
 } // namespace zvctl

@@ -1,9 +1,10 @@
-// Files and folders. Paths are the system's own ("/" separates) and are taken as they are; narrow
-// names are the bytes of the path. Share modes are not enforced: files are open to everybody, and
-// callers that need more take a lock of their own.
+// Files and folders. Paths are the system's own ("/" separates) and are taken as they are, but for
+// those that begin with a network drive; narrow names are the bytes of the path. Share modes are
+// not enforced: files are open to everybody, and callers that need more take a lock of their own.
 #include "platform/posix/code_pages.h"
 #include "platform/posix/file_seam.h"
 #include "platform/posix/handles.h"
+#include "platform/posix/network_drives.h"
 #include "platform/posix/wide_functions.h"
 
 #include <algorithm>
@@ -209,9 +210,10 @@ int accessMode(DWORD access) {
 
 } // namespace
 
-HANDLE CreateFileA(const char* path, DWORD access, DWORD, SECURITY_ATTRIBUTES*, DWORD disposition,
+HANDLE CreateFileA(const char* name, DWORD access, DWORD, SECURITY_ATTRIBUTES*, DWORD disposition,
                    DWORD flags, HANDLE) {
     return guarded(INVALID_HANDLE_VALUE, [&] {
+        const SystemPath path(name);
         const bool truncatesReadOnly =
             disposition == TRUNCATE_EXISTING && (access & GENERIC_WRITE) == 0;
         if (path == nullptr || disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING ||
@@ -378,16 +380,18 @@ DWORD GetFinalPathNameByHandleA(HANDLE handle, char* path, DWORD size, DWORD fla
 // ---------------------------------------------------------------------------------------------
 // Names
 
-BOOL DeleteFileA(const char* path) {
+BOOL DeleteFileA(const char* name) {
     return guarded(FALSE, [&] {
+        const SystemPath path(name);
         if (path == nullptr)
             return failWith(ERROR_INVALID_PARAMETER, FALSE);
         return seam::unlinkFile(path) ? TRUE : pathFailure(path, FALSE);
     });
 }
 
-BOOL CreateDirectoryA(const char* path, SECURITY_ATTRIBUTES*) {
+BOOL CreateDirectoryA(const char* name, SECURITY_ATTRIBUTES*) {
     return guarded(FALSE, [&] {
+        const SystemPath path(name);
         if (path == nullptr)
             return failWith(ERROR_INVALID_PARAMETER, FALSE);
         if (seam::makeFolder(path))
@@ -400,8 +404,9 @@ BOOL CreateDirectoryA(const char* path, SECURITY_ATTRIBUTES*) {
     });
 }
 
-BOOL RemoveDirectoryA(const char* path) {
+BOOL RemoveDirectoryA(const char* name) {
     return guarded(FALSE, [&] {
+        const SystemPath path(name);
         if (path == nullptr)
             return failWith(ERROR_INVALID_PARAMETER, FALSE);
         if (seam::removeFolder(path))
@@ -444,8 +449,10 @@ bool takeOver(int file, const struct stat& replaced) {
 
 } // namespace
 
-BOOL MoveFileExA(const char* from, const char* to, DWORD flags) {
+BOOL MoveFileExA(const char* oldName, const char* newName, DWORD flags) {
     return guarded(FALSE, [&] {
+        const SystemPath from(oldName);
+        const SystemPath to(newName);
         constexpr DWORD known = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
         if (from == nullptr || to == nullptr || (flags & ~known) != 0)
             return failWith(ERROR_INVALID_PARAMETER, FALSE);
@@ -465,9 +472,11 @@ BOOL MoveFileExA(const char* from, const char* to, DWORD flags) {
     });
 }
 
-BOOL ReplaceFileA(const char* replaced, const char* replacement, const char* backup, DWORD flags,
+BOOL ReplaceFileA(const char* oldName, const char* newName, const char* backup, DWORD flags,
                   void* exclude, void* reserved) {
     return guarded(FALSE, [&] {
+        const SystemPath replaced(oldName);
+        const SystemPath replacement(newName);
         if (replaced == nullptr || replacement == nullptr || backup != nullptr || flags != 0 ||
             exclude != nullptr || reserved != nullptr)
             return failWith(ERROR_INVALID_PARAMETER, FALSE);
@@ -556,10 +565,12 @@ private:
 
 } // namespace
 
-HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* data) {
+HANDLE FindFirstFileA(const char* name, WIN32_FIND_DATAA* data) {
     return guarded(INVALID_HANDLE_VALUE, [&] {
-        if (pattern == nullptr || data == nullptr)
+        if (name == nullptr || data == nullptr)
             return failWith(ERROR_INVALID_PARAMETER, INVALID_HANDLE_VALUE);
+        const SystemPath path(name);
+        const char* const pattern = path;
         const std::string folder(folderOf(pattern));
         const char* slash = std::strrchr(pattern, '/');
         std::string mask = slash != nullptr ? slash + 1 : pattern;

@@ -2,6 +2,7 @@
 
 #include "platform/posix/file_seam.h"
 #include "platform/posix/last_error.h"
+#include "platform/posix/user_file.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -54,14 +55,7 @@ bool isRefused(int number) {
 }
 
 std::string hiveFile() {
-    const char* data = std::getenv("XDG_DATA_HOME");
-    const char* home = std::getenv("HOME");
-    std::string folder;
-    if (data != nullptr && *data == '/') // a relative path is none
-        folder = data;
-    else if (home != nullptr && *home != '\0')
-        folder = std::string(home) + "/.local/share";
-    return folder.empty() ? folder : folder + "/zentrova/registry.reg";
+    return userFile("XDG_DATA_HOME", ".local/share", "registry.reg");
 }
 
 // Makes the folders above a file, as far as they are missing. False: errno.
