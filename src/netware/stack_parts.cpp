@@ -9,11 +9,10 @@ namespace zv::netware {
 
 void copyName(const char* text, std::size_t size, ZVCL::IZvCharBuffer& name) {
     const auto narrowLength = std::find(text, text + size, '\0') - text;
-    const auto wide =
-        ZVCL::CZvString::fromNarrow(text, static_cast<std::int32_t>(narrowLength)).view();
-    const auto length = static_cast<std::int32_t>(wide.size());
+    const auto wide = ZVCL::CZvString::fromNarrow(text, static_cast<std::int32_t>(narrowLength));
+    const std::int32_t length = wide.getLength();
     ZVCL::BufferWriteHold<char16_t> hold(name, length + 1);
-    *std::copy(wide.begin(), wide.end(), hold.data()) = u'\0';
+    *std::copy_n(wide.getBuffer(), length, hold.data()) = u'\0';
     hold.finish(length);
 }
 
