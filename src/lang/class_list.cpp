@@ -20,10 +20,13 @@
 #include "lang/semaphore.h"
 #include "lang/string.h"
 #include "text/code_page_converters.h"
+#include "text/null_writer.h"
 #include "text/single_byte_converters.h"
+#include "text/string_writer.h"
 #include "text/utf16_converters.h"
 #include "text/utf32_converters.h"
 #include "text/utf8_converters.h"
+#include "text/writer.h"
 #include "util/mt_buffer.h"
 #include "util/ro_buffer.h"
 #include "util/rw_buffer.h"
@@ -118,7 +121,7 @@ constinit const ClassListEntry kClassList[] = {
     creatable<CZvMTCharBuffer>(u"CZvMTCharBuffer"),
     creatable<CZvMutex>(u"CZvMutex"),
     creatable<CZvNullOutputStream>(u"CZvNullOutputStream"),
-    named<CZvNullWriter>(u"CZvNullWriter"),
+    creatable<CZvNullWriter>(u"CZvNullWriter"),
     named<CZvNumber>(u"CZvNumber"),
     creatable<CZvObject>(u"CZvObject"),
     named<CZvOutputStream>(u"CZvOutputStream"),
@@ -139,7 +142,7 @@ constinit const ClassListEntry kClassList[] = {
     creatable<CZvStdioOutputStream>(u"CZvStdioOutputStream"),
     creatable<CZvString>(u"CZvString"),
     named<CZvStringMapRB>(u"CZvStringMapRB"),
-    named<CZvStringWriter>(u"CZvStringWriter"),
+    creatable<CZvStringWriter>(u"CZvStringWriter"),
     named<CZvSyncObject>(u"CZvSyncObject"),
     named<CZvTCPServerSocket>(u"CZvTCPServerSocket"),
     named<CZvTCPSocket>(u"CZvTCPSocket"),

@@ -51,7 +51,6 @@ class CZvListIterator {};
 class CZvLocale {};
 class CZvMap {};
 class CZvMapEntry {};
-class CZvNullWriter {};
 class CZvNumber {};
 class CZvOutputStreamWriter {};
 class CZvPrintWriter {};
@@ -61,7 +60,6 @@ class CZvRunnable {};
 class CZvSet {};
 class CZvSignedInteger {};
 class CZvStringMapRB {};
-class CZvStringWriter {};
 class CZvTCPServerSocket {};
 class CZvTCPSocket {};
 class CZvThread {};
@@ -70,7 +68,6 @@ class CZvUInteger32 {};
 class CZvUInteger64 {};
 class CZvUInteger8 {};
 class CZvUnsignedInteger {};
-class CZvWriter {};
 
 } // namespace ZVCL::later
 

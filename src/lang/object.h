@@ -38,6 +38,10 @@ public:
     std::uint32_t ZV_INTERFACE_CALL AddRef() override;
     std::uint32_t ZV_INTERFACE_CALL Release() override;
 
+    // Whether the one reference there is belongs to the caller, who holds one: then nobody else can
+    // take another. What earlier holders did comes before.
+    bool hasOneReference() const noexcept { return refCount.load(std::memory_order_acquire) == 1; }
+
     virtual ~CZvComObject() = default;
 
 private:

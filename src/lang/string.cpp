@@ -22,13 +22,17 @@
 // Why strings that share a buffer may live in different threads.
 //
 //   1. A string changes its buffer only while it is the buffer's one holder (makeUnique, Reserve,
-//      UnlockWrite, Compact). It learns that by taking and dropping a reference.
+//      UnlockWrite, Compact). It learns that from the count.
 //   2. While it is the one holder nobody else can become one: a second reference is made by copying
 //      a string that holds the first, and that string is in this thread's hands.
 //   3. Another string that held the buffer before read it before it dropped its reference. Dropping
-//      releases and the drop of 1 acquires, so those reads come before the change.
+//      releases and reading the count of 1 acquires, so those reads come before the change.
 //   4. The buffer of all empty strings and those around literals are never writable; the former
 //      answers 2 for its count whatever happens, so that empty strings share no counter either.
+//
+// All buffers of strings are made here: what is writable is a CZvRWCharBuffer itself, not a class
+// derived from it. What is done to one again and again (reading, appending) goes there directly
+// instead of through the interface, which costs four times as much.
 namespace ZVCL {
 
 namespace {
@@ -84,6 +88,14 @@ static_assert(std::is_trivially_destructible_v<EmptyBuffer>);
 
 ZvRef<IZvCharBuffer> sharedEmptyBuffer() noexcept {
     return ZvRef<IZvCharBuffer>::share(&emptyBuffer);
+}
+
+// The buffer as what it is when it can be written to at all, else null. One module has one record
+// of a type, so that the records' addresses say it all.
+inline CZvRWCharBuffer* writableOf(const ZvRef<IZvCharBuffer>& buffer) {
+    IZvCharBuffer* held = buffer.get();
+    return &typeid(*held) == &typeid(CZvRWCharBuffer) ? static_cast<CZvRWCharBuffer*>(held)
+                                                      : nullptr;
 }
 
 [[noreturn]] void throwRange() {
@@ -146,6 +158,51 @@ ZvRef<IZvCharBuffer> copyToBuffer(const char16_t* text, std::int32_t length,
     ZvRef<IZvCharBuffer> created = newBuffer(length, capacity, copy);
     copyUnits(copy, text, length);
     return created;
+}
+
+// Where the unit stands first, or count.
+std::size_t firstOf(const char16_t* text, std::size_t count, char16_t unit) {
+    constexpr std::uint64_t ones = 0x0001000100010001;
+    const std::uint64_t sought = unit * ones;
+    std::size_t i = 0;
+    for (; count - i >= 4; i += 4) {
+        std::uint64_t four;
+        std::memcpy(&four, text + i, sizeof four);
+        four ^= sought;
+        if (((four - ones) & ~four & ones << 15) != 0) // one of the four is zero now
+            break;
+    }
+    while (i < count && text[i] != unit)
+        ++i;
+    return i;
+}
+
+// Where the two texts differ first, or count.
+std::size_t firstDifference(const char16_t* left, const char16_t* right, std::size_t count) {
+    std::size_t i = 0;
+    for (; count - i >= 4; i += 4) {
+        std::uint64_t some, others;
+        std::memcpy(&some, left + i, sizeof some);
+        std::memcpy(&others, right + i, sizeof others);
+        if (some != others)
+            break;
+    }
+    while (i < count && left[i] == right[i])
+        ++i;
+    return i;
+}
+
+// -1 or 1 by the first of `count` units that differ, or `beyond` when none do.
+std::int32_t orderOf(const char16_t* left, const char16_t* right, std::size_t count,
+                     std::int32_t beyond) {
+    const std::size_t at = firstDifference(left, right, count);
+    if (at == count)
+        return beyond;
+    return left[at] < right[at] ? -1 : 1;
+}
+
+bool sameUnits(const char16_t* left, const char16_t* right, std::size_t count) {
+    return count == 0 || std::memcmp(left, right, count * sizeof(char16_t)) == 0;
 }
 
 // The two sides of a comparison: `count` characters against `otherCount`.
@@ -323,25 +380,24 @@ CZvString CZvString::toString() const {
 // Reading
 
 std::u16string_view CZvString::view() const {
-    return {buffer->GetBuffer(), static_cast<std::size_t>(CZvString::GetLength())};
+    if (const CZvRWCharBuffer* own = writableOf(buffer)) {
+        const std::int32_t length = own->CZvRWCharBuffer::getLength() - 1;
+        return {own->CZvRWCharBuffer::getBuffer(), static_cast<std::size_t>(std::max(length, 0))};
+    }
+    return {buffer->GetBuffer(), static_cast<std::size_t>(std::max(buffer->GetLength() - 1, 0))};
 }
 
 std::int32_t CZvString::indexOf(char16_t ch, std::int32_t start, bool ignoreCase) const {
     const std::u16string_view text = view();
-    const auto from = static_cast<std::size_t>(std::max(start, 0));
-    std::size_t found = std::u16string_view::npos;
+    std::size_t at = std::min(static_cast<std::size_t>(std::max(start, 0)), text.size());
     if (!ignoreCase) {
-        found = text.find(ch, from);
+        at += firstOf(text.data() + at, text.size() - at, ch);
     } else {
         const char16_t sought = zv::core::towlower(ch);
-        for (std::size_t i = from; i < text.size(); ++i) {
-            if (zv::core::towlower(text[i]) == sought) {
-                found = i;
-                break;
-            }
-        }
+        while (at < text.size() && zv::core::towlower(text[at]) != sought)
+            ++at;
     }
-    return found == std::u16string_view::npos ? -1 : static_cast<std::int32_t>(found);
+    return at == text.size() ? -1 : static_cast<std::int32_t>(at);
 }
 
 std::int32_t CZvString::findFirstNotOf(const char16_t* set, std::int32_t setSize,
@@ -413,7 +469,7 @@ bool CZvString::regionEquals(std::int32_t start, std::int32_t count, const char1
         return false;
     if (ignoreCase)
         return zv::core::_wcsnicmp(sides.text, sides.other, sides.common()) == 0;
-    return std::equal(sides.text, sides.text + sides.count, sides.other);
+    return sameUnits(sides.text, sides.other, sides.common());
 }
 
 std::int32_t CZvString::regionCompare(std::int32_t start, std::int32_t count, const char16_t* other,
@@ -425,28 +481,40 @@ std::int32_t CZvString::regionCompare(std::int32_t start, std::int32_t count, co
         const int order = zv::core::_wcsnicmp(sides.text, sides.other, sides.common());
         return order != 0 ? order : beyond;
     }
-    const auto [left, right] = std::mismatch(sides.text, sides.text + sides.common(), sides.other);
-    if (left == sides.text + sides.common())
-        return beyond;
-    return *left < *right ? -1 : 1;
+    return orderOf(sides.text, sides.other, sides.common(), beyond);
 }
 
 bool CZvString::equals(const CZvString& other, std::uint32_t flags) const {
     const std::u16string_view text = other.view();
-    return regionEquals(0, -1, text.data(), static_cast<std::int32_t>(text.size()), 0, flags != 0);
+    if (flags == 0) {
+        const std::u16string_view own = view();
+        return own.size() == text.size() && sameUnits(own.data(), text.data(), text.size());
+    }
+    return regionEquals(0, -1, text.data(), static_cast<std::int32_t>(text.size()), 0, true);
 }
 
 std::int32_t CZvString::compare(const CZvString& other, std::uint32_t flags) const {
     const std::u16string_view text = other.view();
-    return regionCompare(0, -1, text.data(), static_cast<std::int32_t>(text.size()), 0, flags != 0);
+    const auto length = static_cast<std::int32_t>(text.size());
+    if (flags == 0) {
+        const std::u16string_view own = view();
+        return orderOf(own.data(), text.data(), std::min(own.size(), text.size()),
+                       static_cast<std::int32_t>(own.size()) - length);
+    }
+    return regionCompare(0, -1, text.data(), length, 0, true);
 }
 
 std::uint32_t CZvString::hash(bool ignoreCase) const {
     const std::u16string_view text = view();
     const std::size_t step = std::max<std::size_t>(1, text.size() / 32);
     std::uint32_t h = 0;
-    for (std::size_t i = 0; i < text.size(); i += step)
-        h = h * 37 + (ignoreCase ? zv::core::towlower(text[i]) : text[i]);
+    if (!ignoreCase) {
+        for (std::size_t i = 0; i < text.size(); i += step)
+            h = h * 37 + text[i];
+    } else {
+        for (std::size_t i = 0; i < text.size(); i += step)
+            h = h * 37 + zv::core::towlower(text[i]);
+    }
     return h;
 }
 
@@ -460,15 +528,43 @@ bool CZvString::isInside(const char16_t* text) const {
     return notAfter(own.data(), text) && notAfter(text, own.data() + own.size());
 }
 
-char16_t* CZvString::openGap(std::int32_t start, std::int32_t count, std::int32_t added,
-                             std::int32_t& newLength) {
+char16_t* CZvString::openGap(std::int32_t start, std::int32_t count, std::int32_t added) {
     const std::int32_t length = CZvString::GetLength();
     start = cutTo(start, length);
     count = cutTo(count, length - start);
-    newLength = checkedLength(std::int64_t{length} - count + added);
-    char16_t* text = lockWrite(std::max(length, newLength));
+    const std::int32_t newLength = checkedLength(std::int64_t{length} - count + added);
+    const std::int32_t room = std::max(length, newLength) + 1;
+    CZvRWCharBuffer& own = makeUnique(room);
+    const std::int32_t before = own.getCapacity();
+    // Blocks are as large as is asked for: twice as much keeps a text that grows bit by bit
+    // from being copied for every bit.
+    char16_t* text = own.CZvRWCharBuffer::reserve(
+        before >= room ? room
+                       : static_cast<std::int32_t>(std::min<std::int64_t>(
+                             std::max<std::int64_t>(room, std::int64_t{before} * 2), kLongest)));
     moveUnits(text + start + added, text + start + count, length - start - count);
+    text[newLength] = 0;
+    own.CZvRWCharBuffer::unlockWrite(newLength + 1);
     return text + start;
+}
+
+// The shortest road, which most changes take. The characters may be the string's own: nothing
+// moves.
+bool CZvString::appendInPlace(const char16_t* text, std::int32_t count) {
+    CZvRWCharBuffer* own = writableOf(buffer);
+    if (own == nullptr || !own->hasOneReference())
+        return false;
+    const std::int32_t length = own->CZvRWCharBuffer::getLength() - 1;
+    if (length < 0 || count >= own->getCapacity() - length)
+        return false;
+    char16_t* end = own->CZvRWCharBuffer::lockWrite(0) + length;
+    if (count == 1)
+        *end = *text;
+    else
+        moveUnits(end, text, count);
+    end[count] = 0;
+    own->CZvRWCharBuffer::unlockWrite(length + count + 1);
+    return true;
 }
 
 CZvString& CZvString::replace(std::int32_t start, std::int32_t count, const char16_t* text,
@@ -478,14 +574,13 @@ CZvString& CZvString::replace(std::int32_t start, std::int32_t count, const char
         throwRange();
     textStart = std::min(textStart, textLength);
     const std::int32_t added = textLength - textStart;
+    if (start == -1 && appendInPlace(text + textStart, added))
+        return *this;
     if (added != 0 && isInside(text + textStart)) {
         const CZvString copy(text + textStart, added);
         return replace(start, count, copy.getBuffer(), added, 0);
     }
-    std::int32_t newLength = 0;
-    char16_t* gap = openGap(start, count, added, newLength);
-    copyUnits(gap, text + textStart, added);
-    unlockWrite(newLength);
+    copyUnits(openGap(start, count, added), text + textStart, added);
     return *this;
 }
 
@@ -493,10 +588,7 @@ CZvString& CZvString::replaceFill(std::int32_t start, std::int32_t count, std::i
                                   char16_t ch) {
     if (fillCount < 0)
         throwRange();
-    std::int32_t newLength = 0;
-    char16_t* gap = openGap(start, count, fillCount, newLength);
-    std::fill_n(gap, fillCount, ch);
-    unlockWrite(newLength);
+    std::fill_n(openGap(start, count, fillCount), fillCount, ch);
     return *this;
 }
 
@@ -557,28 +649,31 @@ void CZvString::toUpperCase() {
 // The character buffer: the interface's methods do the work, the operations of the same name throw
 // what those answer.
 
-bool CZvString::ownsBufferAlone() const {
+bool CZvString::ownsBufferAlone() const noexcept {
+    if (const CZvRWCharBuffer* own = writableOf(buffer))
+        return own->hasOneReference();
     buffer->AddRef(); // the count is to be had no other way
     return buffer->Release() < 2;
 }
 
-void CZvString::makeUnique(std::int32_t capacity) {
-    if (ownsBufferAlone() && buffer->IsWritable())
-        return;
-    ZvRef<IZvCharBuffer> own;
-    {
-        const BufferReadHold<char16_t> shared(*buffer);
-        own = makeRef<CZvRWCharBuffer>(shared.data(), shared.length(), capacity);
-    }
-    buffer = std::move(own);
+CZvRWCharBuffer& CZvString::makeUnique(std::int32_t capacity) {
+    CZvRWCharBuffer* own = writableOf(buffer);
+    if (own != nullptr && own->hasOneReference())
+        return *own;
+    const std::u16string_view text = view();
+    ZvRef<CZvRWCharBuffer> copy =
+        makeRef<CZvRWCharBuffer>(text.data(), static_cast<std::int32_t>(text.size()) + 1, capacity);
+    own = copy.get();
+    buffer = std::move(copy);
+    return *own;
 }
 
 std::int32_t CZvString::GetLength() const {
-    return std::max(buffer->GetLength() - 1, 0);
+    return static_cast<std::int32_t>(view().size());
 }
 
 const char16_t* CZvString::GetBuffer() const {
-    return buffer->GetBuffer();
+    return view().data();
 }
 
 ResultCode CZvString::LockRead(const char16_t** text) const {

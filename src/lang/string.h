@@ -19,6 +19,8 @@
 
 namespace ZVCL {
 
+class CZvRWCharBuffer;
+
 class CZvString : public CZvAbstractCharBuffer {
 public:
     CZvString() noexcept;
@@ -139,13 +141,15 @@ public:
 private:
     explicit CZvString(ZvRef<IZvCharBuffer> buffer) noexcept;
 
-    bool ownsBufferAlone() const;
-    void makeUnique(std::int32_t capacity);
+    bool ownsBufferAlone() const noexcept;
+    // Makes the buffer writable and the string its one holder. A new one has room for `capacity`.
+    CZvRWCharBuffer& makeUnique(std::int32_t capacity);
     bool isInside(const char16_t* text) const;
-    // Opens or closes a gap at start for `added` characters in place of `count` and answers where
-    // it begins. What is to be written there must not lie in this string.
-    char16_t* openGap(std::int32_t start, std::int32_t count, std::int32_t added,
-                      std::int32_t& newLength);
+    // False, and nothing has changed, when there is no room or the buffer is not the string's own.
+    bool appendInPlace(const char16_t* text, std::int32_t count);
+    // Puts `added` characters in the place of `count` at start, for the caller to fill in at once,
+    // and answers where they begin. What is to be written there must not lie in this string.
+    char16_t* openGap(std::int32_t start, std::int32_t count, std::int32_t added);
 
     ZvRef<IZvCharBuffer> buffer;              // never null
     mutable ZvRef<IZvByteBuffer> narrowCache; // null until the first toNarrow

@@ -395,6 +395,9 @@ BOOL ZV_SYSTEM_CALL CloseHandle(HANDLE handle);
 
 void ZV_SYSTEM_CALL Sleep(DWORD milliseconds);
 
+// Milliseconds since some moment, in steps of up to 16; it begins again at 0 every 49.7 days.
+DWORD ZV_SYSTEM_CALL GetTickCount();
+
 // ---------------------------------------------------------------------------------------------
 // Files
 

@@ -2,6 +2,9 @@
 //
 // A codec is given by whoever supplies the charset; the library only calls it. One converter calls
 // its codec from one thread at a time, but two converters may share a codec.
+//
+// Makers of codecs see include/zvsupport/char_codec.h in this header's place; tests compare the two
+// method by method.
 #ifndef ZVSUPPORT_TEXT_CHAR_CODEC_H
 #define ZVSUPPORT_TEXT_CHAR_CODEC_H
 

@@ -1,9 +1,9 @@
 #include "text/charset_registry.h"
 
+#include "core/wide_text.h"
 #include "lang/exception.h"
 #include "lang/library.h"
 #include "lang/mutex.h"
-#include "text/external_charset.h"
 
 #include <algorithm>
 #include <atomic>
@@ -83,6 +83,12 @@ auto lowerBound(const std::vector<CZvCharsetRegistry::Entry>& entries, const cha
                             });
 }
 
+ZvRef<CZvObject> newInstance(const CZvCharsetRegistry::Entry& entry, ConverterDirection direction) {
+    const ZvRef<CZvClass>& converterClass =
+        direction == ConverterDirection::charToByte ? entry.charToByte : entry.byteToChar;
+    return ZvRef<CZvObject>::share(converterClass->newInstance());
+}
+
 } // namespace
 
 int compareCharsetNames(const char16_t* left, const char16_t* right) noexcept {
@@ -131,11 +137,17 @@ const CZvCharsetRegistry::Entry* CZvCharsetRegistry::find(const char16_t* name) 
 ZvRef<CZvObject> CZvCharsetRegistry::createConverter(const char16_t* name,
                                                      ConverterDirection direction) const {
     const Entry* entry = find(name);
-    if (entry == nullptr)
-        return createExternalConverter(name, direction);
-    const ZvRef<CZvClass>& converterClass =
-        direction == ConverterDirection::charToByte ? entry->charToByte : entry->byteToChar;
-    return ZvRef<CZvObject>::share(converterClass->newInstance());
+    return entry != nullptr ? newInstance(*entry, direction)
+                            : createExternalConverter(name, direction);
+}
+
+ZvRef<CZvObject> CZvCharsetRegistry::createCodePageConverter(std::uint32_t codePage,
+                                                             ConverterDirection direction) {
+    char16_t name[40] = u"CP";
+    zv::core::_ltow(static_cast<long>(codePage), name + 2, 10);
+    const Entry* entry = find(name);
+    return entry != nullptr ? newInstance(*entry, direction)
+                            : codePageComponent.createConverter(codePage, name, direction);
 }
 
 void createCharsetRegistry() {

@@ -2,19 +2,20 @@
 //
 // One per process. It is created and destroyed under the class library's global lock and filled
 // completely during start-up; lookups take no lock and may come from any thread in between, because
-// nothing changes until shut-down.
+// no entry changes until shut-down.
 #ifndef ZVSUPPORT_TEXT_CHARSET_REGISTRY_H
 #define ZVSUPPORT_TEXT_CHARSET_REGISTRY_H
 
 #include "lang/class.h"
 #include "lang/object.h"
 #include "lang/ref.h"
+#include "text/converter_direction.h"
+#include "text/external_charset.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace ZVCL {
-
-enum class ConverterDirection { charToByte, byteToChar };
 
 // The order of charset names: unit by unit, 'a' to 'z' folded to capitals and nothing else. The
 // answer is the difference of the first two folded units that differ, 0 when none do.
@@ -44,13 +45,17 @@ public:
     const Entry* find(const char16_t* name) const noexcept;
     // A new converter for the name: an instance of the registered class, or what an external
     // component gives. Throws EZvUnknownEncoding with the name as its message for an unknown name,
-    // EZvIllegalAccess for a class that cannot be created.
+    // EZvIllegalAccess for a class that cannot be created, EZvResultException for a component that
+    // refuses.
     ZvRef<CZvObject> createConverter(const char16_t* name, ConverterDirection direction) const;
+    // The same for the charset of a code page, "CP" and its number, but null when nobody serves it.
+    ZvRef<CZvObject> createCodePageConverter(std::uint32_t codePage, ConverterDirection direction);
 
     const std::vector<Entry>& entries() const { return sorted; }
 
 private:
     std::vector<Entry> sorted; // by compareCharsetNames
+    CodePageComponent codePageComponent;
 };
 
 // Start-up, after the class table is filled: creates the registry and enters every name of the

@@ -3,7 +3,6 @@
 #include "lang/exception.h"
 #include "text/surrogates.h"
 #include "util/buffer_hold.h"
-#include "util/rw_buffer.h"
 
 #include <cstring>
 
@@ -11,15 +10,21 @@ namespace ZVCL {
 
 namespace {
 
+// Runs a call of the codec. A component that throws breaks its contract, and ends with a code here.
+template <typename Call>
+ResultCode ask(Call call) noexcept {
+    return resultFrame(call);
+}
+
 // The codec gets a string of its own to write to: a component may take and drop references on what
 // it is handed, which a string inside a converter would not survive.
 void askCodec(IZvCharCodec& codec, CZvString& name, std::int32_t& maxBytesPerChar,
               std::int32_t& maxCharsPerByte) {
     const ZvRef<CZvString> written = makeRef<CZvString>();
-    throwIfFailed(codec.GetName(written.get()));
+    throwIfFailed(ask([&] { return codec.GetName(written.get()); }));
     name = *written;
-    throwIfFailed(codec.GetMaxBytesPerChar(&maxBytesPerChar));
-    throwIfFailed(codec.GetMaxCharsPerByte(&maxCharsPerByte));
+    throwIfFailed(ask([&] { return codec.GetMaxBytesPerChar(&maxBytesPerChar); }));
+    throwIfFailed(ask([&] { return codec.GetMaxCharsPerByte(&maxCharsPerByte); }));
 }
 
 } // namespace
@@ -30,8 +35,13 @@ CZvCTBCom::CZvCTBCom(IZvCharCodec* codec) : codec(ZvRef<IZvCharCodec>::share(cod
 
 std::int32_t CZvCTBCom::charToBytes(std::uint32_t codePoint, std::uint8_t* buffer,
                                     std::int32_t capacity) {
-    const ZvRef<CZvRWByteBuffer> encoded = makeRef<CZvRWByteBuffer>(capacity);
-    if (codec->EncodeChar(codePoint, encoded.get()) < 0)
+    // A new buffer for each character, as far as anybody can tell: one that the codec did not keep
+    // serves again.
+    if (encoded && encoded->hasOneReference())
+        encoded->unlockWrite(0);
+    else
+        encoded = makeRef<CZvRWByteBuffer>(capacity);
+    if (ask([&] { return codec->EncodeChar(codePoint, encoded.get()); }) < 0)
         return -1;
     const std::int32_t length = encoded->GetLength();
     if (length < 1 || length > capacity)
@@ -47,7 +57,7 @@ CZvBTCCom::CZvBTCCom(IZvCharCodec* codec) : codec(ZvRef<IZvCharCodec>::share(cod
 
 std::uint32_t CZvBTCCom::bytesToChar(const std::uint8_t* input, std::int32_t& inOutCount) {
     std::uint32_t codePoint = kReplacementCharacter;
-    codec->DecodeChar(input, &inOutCount, &codePoint);
+    ask([&] { return codec->DecodeChar(input, &inOutCount, &codePoint); });
     return codePoint;
 }
 

@@ -7,6 +7,7 @@
 #include "lang/ref.h"
 #include "text/char_codec.h"
 #include "text/multi_byte_converters.h"
+#include "util/rw_buffer.h"
 
 #include <cstdint>
 
@@ -18,13 +19,15 @@ public:
     // factors, in this order. Throws EZvResultException with the code of the first that fails.
     explicit CZvCTBCom(IZvCharCodec* codec);
 
-    // -1 when the codec fails. Throws EZvResultException when the bytes that it appended cannot be
-    // read, and on exhaustion what operator new throws.
+    // -1 when the codec fails; 0 when it appends nothing, or more than there is room for. Throws
+    // EZvResultException when the bytes that it appended cannot be read, and on exhaustion what
+    // operator new throws.
     std::int32_t charToBytes(std::uint32_t codePoint, std::uint8_t* buffer,
                              std::int32_t capacity) override;
 
 private:
     ZvRef<IZvCharCodec> codec;
+    ZvRef<CZvRWByteBuffer> encoded; // what the codec was handed last, or null
 };
 
 class CZvBTCCom final : public CZvBTCMultiByte {

@@ -2,7 +2,6 @@
 #ifndef ZVSUPPORT_TEXT_CONVERTER_BASE_H
 #define ZVSUPPORT_TEXT_CONVERTER_BASE_H
 
-#include "core/wide_text.h"
 #include "lang/exception.h"
 #include "platform/win32.h"
 #include "text/charset_registry.h"
@@ -19,18 +18,23 @@ ZvRef<Converter> namedConverter(const char16_t* name, ConverterDirection directi
     return ZvRef<Converter>::share(dynamic_cast<Converter*>(object.get()));
 }
 
-// The converter of the ANSI code page, or a new Fallback when there is none.
+// The converter of a code page, or a new Fallback when nobody serves the page, or it fails.
 template <typename Converter, typename Fallback>
-ZvRef<Converter> defaultConverter(ConverterDirection direction) {
-    char16_t name[40] = u"CP";
-    zv::core::_ltow(static_cast<long>(GetACP()), name + 2, 10);
+ZvRef<Converter> codePageConverter(std::uint32_t codePage, ConverterDirection direction) {
     try {
-        if (ZvRef<Converter> converter = namedConverter<Converter>(name, direction))
-            return converter;
+        const ZvRef<CZvObject> object =
+            CZvCharsetRegistry::instance().createCodePageConverter(codePage, direction);
+        if (auto* converter = dynamic_cast<Converter*>(object.get()))
+            return ZvRef<Converter>::share(converter);
     } catch (...) {
-        // A code page that nobody serves is no failure here.
+        // The default converter is never a failure.
     }
     return makeRef<Fallback>();
+}
+
+template <typename Converter, typename Fallback>
+ZvRef<Converter> defaultConverter(ConverterDirection direction) {
+    return codePageConverter<Converter, Fallback>(GetACP(), direction);
 }
 
 template <typename Unit, std::size_t capacity>

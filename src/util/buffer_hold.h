@@ -7,24 +7,32 @@
 
 namespace ZVCL {
 
-// The constructor throws EZvResultException when the buffer refuses; a failing unlock in the
-// destructor is not reported.
+// The constructor throws EZvResultException when the buffer refuses. finish() ends the read and
+// throws likewise; where nobody calls it the destructor does, and a failure is not reported.
 template <typename Unit>
 class BufferReadHold {
 public:
     explicit BufferReadHold(const IZvBuffer<Unit>& buffer) : buffer(buffer) {
         throwIfFailed(buffer.LockRead(&pointer));
     }
-    ~BufferReadHold() { buffer.UnlockRead(); }
+    ~BufferReadHold() {
+        if (!finished)
+            buffer.UnlockRead();
+    }
     BufferReadHold(const BufferReadHold&) = delete;
     BufferReadHold& operator=(const BufferReadHold&) = delete;
 
     const Unit* data() const { return pointer; }
     std::int32_t length() const { return buffer.GetLength(); }
+    void finish() {
+        finished = true;
+        throwIfFailed(buffer.UnlockRead());
+    }
 
 private:
     const IZvBuffer<Unit>& buffer;
     const Unit* pointer = nullptr;
+    bool finished = false;
 };
 
 // finish() ends the write with a length and throws EZvResultException when the buffer refuses it.

@@ -441,6 +441,7 @@ TEST(String, AgreesWithAModel) {
         const int length = static_cast<int>(model.size());
         const int start = below(length + 1);
         const int count = below(length - start + 1);
+        const int place = start < length ? start : -1; // the end has two names
         const std::u16string text = randomText();
         switch (below(length > 200 ? 8 : 11)) {
         case 0: {
@@ -488,15 +489,20 @@ TEST(String, AgreesWithAModel) {
         case 9: { // out of itself
             const int from = below(length + 1);
             const std::u16string piece = model.substr(static_cast<std::size_t>(from));
-            string.replace(start, count, string.getBuffer(), length, from);
+            string.replace(place, count, string.getBuffer(), length, from);
             model.replace(static_cast<std::size_t>(start), static_cast<std::size_t>(count), piece);
             break;
         }
         default:
-            string.replace(start, count, text.data(), static_cast<std::int32_t>(text.size()));
+            string.replace(place, count, text.data(), static_cast<std::int32_t>(text.size()));
             model.replace(static_cast<std::size_t>(start), static_cast<std::size_t>(count), text);
         }
+        const auto sought = static_cast<char16_t>(u'a' + below(5));
+        ASSERT_EQ(string.indexOf(sought, start),
+                  static_cast<std::int32_t>(model.find(sought, static_cast<std::size_t>(start))));
         for (int i = 0; i < 4; ++i) {
+            ASSERT_EQ(string.equals(strings[i], 0), model == models[i]);
+            ASSERT_EQ(string.compare(strings[i], 0) < 0, model < models[i]);
             ASSERT_EQ(strings[i].view(), models[i]) << "step " << step;
             ASSERT_EQ(strings[i].getBuffer()[models[i].size()], 0);
         }

@@ -3,6 +3,7 @@
 #include "lang/library.h"
 #include "platform/win32.h"
 #include "support/converter_cases.h"
+#include "support/test_folder.h"
 #include "text/external_charset.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +16,9 @@ namespace {
 
 using namespace ZVCL;
 using namespace zv::test;
+
+// Names that nobody knows are looked for in the registry, which is empty here.
+class CharsetRegistry : public FolderTest {};
 
 // The encoding that both directions answer for a name, or the error that both throw.
 std::string served(const char16_t* name) {
@@ -33,7 +37,7 @@ std::string served(const char16_t* name) {
     return answers[0] == answers[1] ? answers[0] : answers[0] + " / " + answers[1];
 }
 
-TEST(CharsetRegistry, ServesNamesAndAliases) {
+TEST_F(CharsetRegistry, ServesNamesAndAliases) {
     static const struct {
         const char* expected;
         std::vector<const char16_t*> names;
@@ -63,13 +67,13 @@ TEST(CharsetRegistry, ServesNamesAndAliases) {
     }
 }
 
-TEST(CharsetRegistry, KnowsTheUnicodeCharsets) {
+TEST_F(CharsetRegistry, KnowsTheUnicodeCharsets) {
     for (const char16_t* name :
          {u"UTF-8", u"utf8", u"UTF_8", u"UTF-16LE", u"utf-16be", u"UTF-32BE", u"UTF-32LE"})
         EXPECT_NE(nullptr, CZvCharsetRegistry::instance().find(name)) << narrowed(name);
 }
 
-TEST(CharsetRegistry, ComparesNamesUnitByUnit) {
+TEST_F(CharsetRegistry, ComparesNamesUnitByUnit) {
     EXPECT_EQ(0, compareCharsetNames(u"utf-8", u"UTF-8"));
     EXPECT_EQ(-1, compareCharsetNames(u"a", u"B"));
     EXPECT_EQ(0x41, compareCharsetNames(u"Aa", u"a"));
@@ -78,7 +82,7 @@ TEST(CharsetRegistry, ComparesNamesUnitByUnit) {
     EXPECT_EQ(0x20, compareCharsetNames(u"\xE9", u"\xC9"));
 }
 
-TEST(CharsetRegistry, KeepsTheFirstEntryOfAName) {
+TEST_F(CharsetRegistry, KeepsTheFirstEntryOfAName) {
     CZvCharsetRegistry registry;
     EXPECT_EQ(nullptr, registry.find(u"B"));
     registry.insert(u"b", u"CZvCTBASCII", u"CZvBTCCP437");
@@ -94,12 +98,12 @@ TEST(CharsetRegistry, KeepsTheFirstEntryOfAName) {
               registry.createConverter(u"B", ConverterDirection::byteToChar).get());
 }
 
-TEST(CharsetRegistry, GivesNoConverterForAClassThatIsNone) {
+TEST_F(CharsetRegistry, GivesNoConverterForAClassThatIsNone) {
     CZvCharsetRegistry::instance().insert(u"X-NO-CONVERTER", u"CZvString", u"CZvString");
     EXPECT_EQ("null", served(u"X-NO-CONVERTER"));
 }
 
-TEST(CharsetRegistry, DefaultConverterFollowsTheAnsiCodePage) {
+TEST_F(CharsetRegistry, DefaultConverterFollowsTheAnsiCodePage) {
     const std::string before = std::setlocale(LC_ALL, nullptr);
     for (const char* locale : {"C", "C.UTF-8"}) {
         std::setlocale(LC_ALL, locale);
@@ -110,7 +114,7 @@ TEST(CharsetRegistry, DefaultConverterFollowsTheAnsiCodePage) {
     std::setlocale(LC_ALL, before.c_str());
 }
 
-TEST(CharsetRegistry, LivesFromFirstStartToLastStop) {
+TEST_F(CharsetRegistry, LivesFromFirstStartToLastStop) {
     ASSERT_EQ(0, ZvclInitialize());
     ASSERT_EQ(0, ZvclTerminate());
     EXPECT_EQ("CP437", served(u"437"));

@@ -31,6 +31,7 @@ public:
 
     ResultCode ZV_INTERFACE_CALL GetName(IZvCharBuffer* buffer) override {
         asked += "N";
+        throwIn('N');
         // As a component may: hold what it is handed for as long as it uses it.
         const ZvRef<IZvCharBuffer> held = ZvRef<IZvCharBuffer>::share(buffer);
         BufferWriteHold<char16_t> hold(*held, 8);
@@ -40,17 +41,20 @@ public:
     }
     ResultCode ZV_INTERFACE_CALL GetMaxBytesPerChar(std::int32_t* value) override {
         asked += "B";
+        throwIn('B');
         *value = 6;
         return bytesResult;
     }
     ResultCode ZV_INTERFACE_CALL GetMaxCharsPerByte(std::int32_t* value) override {
         asked += "C";
+        throwIn('C');
         *value = 2;
         return charsResult;
     }
 
     ResultCode ZV_INTERFACE_CALL DecodeChar(const std::uint8_t* input, std::int32_t* inOutCount,
                                             std::uint32_t* codePoint) override {
+        throwIn('D');
         const std::uint8_t first = input[0];
         std::int32_t needed = first < 0x80 ? 1 : first < 0xA0 ? 2 : first == 0xF0 ? 3 : 1;
         if (first == 0xFC)
@@ -72,6 +76,7 @@ public:
     }
     ResultCode ZV_INTERFACE_CALL EncodeChar(std::uint32_t codePoint,
                                             IZvByteBuffer* buffer) override {
+        throwIn('E');
         std::string bytes;
         if (codePoint < 0x80)
             bytes = {static_cast<char>(codePoint)};
@@ -94,8 +99,15 @@ public:
     }
 
     ResultCode nameResult = 0, bytesResult = 0, charsResult = 0;
+    char throwing = 0; // the question that is answered by an exception
     std::string asked;
     std::uint32_t references = 1; // the test's own
+
+private:
+    void throwIn(char question) const {
+        if (throwing == question)
+            throw question;
+    }
 };
 
 TEST(ComConverters, AskTheCodecAndHoldIt) {
@@ -128,6 +140,32 @@ TEST(ComConverters, RefuseACodecThatFails) {
         EXPECT_EQ("EZvResultException -77", errorOf([&] { const CZvBTCCom refused(&codec); }));
         EXPECT_EQ(1u, codec.references);
     }
+}
+
+// It breaks its contract, and is treated as one that fails.
+TEST(ComConverters, LetNoExceptionOfACodecThrough) {
+    FakeCodec codec;
+    const std::string failure = "EZvResultException " + std::to_string(kFail);
+    for (const char question : {'N', 'B', 'C'}) {
+        codec.throwing = question;
+        EXPECT_EQ(failure, errorOf([&] { const CZvCTBCom refused(&codec); })) << question;
+        EXPECT_EQ(failure, errorOf([&] { const CZvBTCCom refused(&codec); })) << question;
+        EXPECT_EQ(1u, codec.references);
+    }
+    codec.throwing = 0;
+    const auto encoder = makeRef<CZvCTBCom>(&codec);
+    const auto decoder = makeRef<CZvBTCCom>(&codec);
+    codec.throwing = 'E';
+    std::uint8_t bytes[2];
+    char16_t text[2];
+    std::int32_t in = 0, out = 0;
+    EXPECT_EQ(1, encoder->convert(u"a", in, 1, bytes, out, 2));
+    EXPECT_EQ('?', bytes[0]);
+    codec.throwing = 'D';
+    in = out = 0;
+    EXPECT_EQ(1, decoder->convert(toBytes("ab").data(), in, 2, text, out, 2));
+    EXPECT_EQ(0xFFFD, text[0]);
+    EXPECT_EQ(2, in); // nobody said how many bytes to pass over
 }
 
 template <typename Direction, typename Com>

@@ -4,6 +4,7 @@
 #include "core/wide_calls.h"
 #include "platform/win32.h"
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 
@@ -111,6 +112,8 @@ Enumeration* enumerationOf(Handle handle) {
     return reinterpret_cast<Enumeration*>(handle);
 }
 
+constinit std::atomic<std::uint32_t> changes{0};
+
 // Reads a value of an open key.
 ResultCode queryValueOf(HKEY key, const char16_t* name, RegValueType& type, void* data,
                         std::uint32_t& size) {
@@ -147,8 +150,13 @@ ResultCode NativeRegSetValue(std::uint32_t root, const char16_t* path, const cha
             error = g_wideCalls.RegSetValueExW(key.get(), name, 0, nativeType,
                                                static_cast<const BYTE*>(data), size);
         }
+        changes.fetch_add(1, std::memory_order_release);
         return resultOf(error);
     });
+}
+
+std::uint32_t NativeRegChanges() noexcept {
+    return changes.load(std::memory_order_acquire);
 }
 
 ResultCode NativeRegQueryValue(std::uint32_t root, const char16_t* path, const char16_t* name,

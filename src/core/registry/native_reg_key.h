@@ -12,6 +12,9 @@ namespace zv::core {
 // Creates the key as needed, open to everyone. kInvalidArgument for a type that cannot be written.
 ResultCode NativeRegSetValue(std::uint32_t root, const char16_t* path, const char16_t* name,
                              RegValueType type, const void* data, std::uint32_t size) noexcept;
+// How often this process has set a value so far (counted on until it starts again at 0): whoever
+// remembers what the registry said learns from it when to ask again.
+std::uint32_t NativeRegChanges() noexcept;
 // Text with references to the environment comes expanded, as kRegString; kFail when that does not
 // fit.
 ResultCode NativeRegQueryValue(std::uint32_t root, const char16_t* path, const char16_t* name,

@@ -3,6 +3,7 @@
 #include "platform/posix/deadline.h"
 #include "platform/posix/named_semaphore.h"
 
+#include <chrono>
 #include <list>
 #include <new>
 #include <string_view>
@@ -215,6 +216,11 @@ BOOL ResetEvent(HANDLE event) {
 
 BOOL PulseEvent(HANDLE event) {
     return onEvent(event, [](Event& object) { object.pulse(); });
+}
+
+DWORD GetTickCount() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return static_cast<DWORD>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
 }
 
 void Sleep(DWORD milliseconds) {
