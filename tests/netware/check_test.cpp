@@ -17,6 +17,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -36,6 +37,19 @@ constexpr std::uint32_t kNoRights = 0x804E897C;
 // The header of a result file, to be followed by eight digits.
 const std::string kHeader = "140641910D38481781002394"
                             "21E44555";
+
+// What zvctl says of the codes.
+constexpr std::pair<std::uint32_t, std::string_view> kWords[] = {
+    {0, "the server supports Unicode"},
+    {kNoUnicode, "the server does not support Unicode"},
+    {kRefused, "refused to load"},
+    {kNoRights, "no console operator rights"},
+    {0x804E9800, "cannot ask the server"},
+    {0x80070005, "access denied"},
+    {kFail, "no server behind the drive"},
+    {0x804E9801, "a failure"},
+    {0x7FFFFFFF, "a success"},
+};
 
 fs::path libraryIn(const fs::path& folder, const std::string& name) {
     for (const auto& entry : fs::directory_iterator(folder)) {
@@ -82,7 +96,12 @@ protected:
             zv::test::runProgram((host / fs::path(ZV_CTL).filename()).string(),
                                  "--library \"" ZV_LIBRARY "\" check-unicode \"" + drive + '"');
         EXPECT_TRUE(outcome.output.starts_with("0x")) << outcome.output;
-        return static_cast<std::uint32_t>(std::strtoul(outcome.output.c_str(), nullptr, 16));
+        const auto code =
+            static_cast<std::uint32_t>(std::strtoul(outcome.output.c_str(), nullptr, 16));
+        for (const auto& [known, words] : kWords) {
+            EXPECT_TRUE(code != known || contains(outcome.output, words)) << outcome.output;
+        }
+        return code;
     }
 
     // What was begun is ended: libraries, sessions, attachments.
@@ -137,8 +156,8 @@ std::vector<Row> answers() {
          withFile(kHeader.substr(0, 30) + "5600000000"), kFail},
         {"longer", yes + "FFFF", yes + "FF", 0},
     };
-    for (const char* code :
-         {"00000001", "7FFFFFFF", "80000000", "80070005", "804E0001", "804E9801", "FFFFFFFF"})
+    for (const char* code : {"00000001", "7FFFFFFF", "80000000", "80070005", "804E0001", "804E9800",
+                             "804E9801", "FFFFFFFF"})
         rows.push_back({code, withFile(kHeader + code), withFile(kHeader + code),
                         static_cast<std::uint32_t>(std::strtoul(code, nullptr, 16))});
     return rows;

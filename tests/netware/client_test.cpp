@@ -6,6 +6,9 @@
 #include "netware/microsoft_stack.h"
 #include "netware/novell_stack.h"
 #include "netware/pretend_server.h"
+#include "netware/unicode_check.h"
+#include "support/network_drive.h"
+#include "support/self_process.h"
 #include "util/rw_buffer.h"
 
 #include <algorithm>
@@ -362,6 +365,26 @@ TEST_F(Clients, FailuresToAttachGiveEverythingBack) {
         EXPECT_EQ(exception.getResult(), kFail);
     }
     EXPECT_EQ(server.recorded(), "+calwin32\n+clxwin32\nNWCallsInit\n-clxwin32\n-calwin32\n");
+}
+
+} // namespace
+
+// In a process of its own: on Windows the drives are those that were there at its start.
+ZV_TEST_ROLE(checkOutsideTheNtFamily) {
+    const OtherPlatform other;
+    return checkUnicodeSupport("F:") == kModuleLoadNotSent ? 0 : 1;
+}
+
+namespace {
+
+TEST_F(Clients, AModuleThatCannotBeAskedForIsNotWaitedForAndTheFileGoes) {
+    const test::NetworkDrives drives({{"F:", "\\\\SRV\\SYS", server.volume()}});
+    server.play("NWCallsInit=1"); // so that Microsoft's stack is asked
+    test::writeFile(server.resultFile(), "left behind");
+    EXPECT_EQ(test::SelfProcess("checkOutsideTheNtFamily").join(), 0);
+    EXPECT_FALSE(std::filesystem::exists(server.resultFile()));
+    // The last request is that for the rights: the one for the module is never sent.
+    EXPECT_TRUE(server.recorded().ends_with("ncp handle 0xE3 3 2 b| C8\n-nwapi32\n"));
 }
 
 } // namespace
