@@ -76,6 +76,7 @@ TEST_F(NetworkDrives, AreTheLinesThatMakeSense) {
         {"\tf:  \\\\SRV \t /a b \r\nG: \\\\S\\V\r\n", {"f: \\\\SRV", "G: \\\\S\\V"}},
         {"F:\nF \\\\S\\V /m\nFF: \\\\S\\V /m\n1: \\\\S\\V /m\n: x y\nlast: line", {}},
         {"F: \\\\A\\V /a\0b\nG: \\\\B\\V /b"sv, {"G: \\\\B\\V"}},
+        {"\xEF\xBB\xBF\tF: \\\\S\\V /m", {"F: \\\\S\\V"}},
         {"\xFF\xFE\x80\nF: \xC3\xA9 /m", {"F: \xC3\xA9"}},
     };
     for (const Case& one : cases) {

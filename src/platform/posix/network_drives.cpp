@@ -25,6 +25,7 @@ namespace {
 
 constexpr char kProvider[] = "zentrova drives";
 constexpr DWORD kDisplaysShare = 3;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; // that some editors begin a text with
 
 struct Drive {
     std::string localName; // "F:", as it is written
@@ -96,7 +97,10 @@ DWORD readDrives(std::vector<Drive>& drives) {
     std::string text;
     if (const DWORD error = readTable(text); error != ERROR_SUCCESS)
         return error;
-    for (std::string_view rest = text; !rest.empty();) {
+    std::string_view rest = text;
+    if (rest.starts_with(kByteOrderMark))
+        rest.remove_prefix(kByteOrderMark.size());
+    while (!rest.empty()) {
         const std::size_t end = std::min(rest.find('\n'), rest.size());
         if (auto drive = driveIn(rest.substr(0, end)))
             drives.push_back(*std::move(drive));
