@@ -9,13 +9,17 @@
 #include "io/null_output_stream.h"
 #include "io/stdio_input_stream.h"
 #include "io/stdio_output_stream.h"
+#include "lang/big_decimal.h"
+#include "lang/big_integer.h"
 #include "lang/class.h"
 #include "lang/event.h"
 #include "lang/exception.h"
 #include "lang/gate.h"
 #include "lang/guid.h"
+#include "lang/integer32.h"
 #include "lang/later_classes.h"
 #include "lang/mutex.h"
+#include "lang/number.h"
 #include "lang/rw_lock.h"
 #include "lang/semaphore.h"
 #include "lang/string.h"
@@ -62,8 +66,8 @@ constinit const ClassListEntry kClassList[] = {
     named<CZvAlphaNumOutputStream>(u"CZvAlphaNumOutputStream"),
     named<CZvArrayList>(u"CZvArrayList"),
     named<CZvAtomic>(u"CZvAtomic"),
-    named<CZvBigDecimal>(u"CZvBigDecimal"),
-    named<CZvBigInteger>(u"CZvBigInteger"),
+    creatable<CZvBigDecimal>(u"CZvBigDecimal"),
+    creatable<CZvBigInteger>(u"CZvBigInteger"),
     named<CZvBitInputStream>(u"CZvBitInputStream"),
     named<CZvBitOutputStream>(u"CZvBitOutputStream"),
     named<CZvBTCSingleByte>(u"CZvBTCSingleByte"),
