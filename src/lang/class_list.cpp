@@ -17,8 +17,8 @@
 #include "lang/gate.h"
 #include "lang/guid.h"
 #include "lang/integer32.h"
-#include "lang/later_classes.h"
 #include "lang/mutex.h"
+#include "lang/named_only.h"
 #include "lang/number.h"
 #include "lang/rw_lock.h"
 #include "lang/semaphore.h"
@@ -31,13 +31,16 @@
 #include "text/utf32_converters.h"
 #include "text/utf8_converters.h"
 #include "text/writer.h"
+#include "util/array_list.h"
+#include "util/hash_map.h"
+#include "util/linked_list.h"
 #include "util/mt_buffer.h"
 #include "util/ro_buffer.h"
 #include "util/rw_buffer.h"
 
 namespace ZVCL {
 
-using namespace later;
+using namespace named_only;
 
 namespace {
 
@@ -64,7 +67,7 @@ constinit const ClassListEntry kClassList[] = {
     named<CZvAbstractSet>(u"CZvAbstractSet"),
     named<CZvAlphaNumInputStream>(u"CZvAlphaNumInputStream"),
     named<CZvAlphaNumOutputStream>(u"CZvAlphaNumOutputStream"),
-    named<CZvArrayList>(u"CZvArrayList"),
+    creatable<CZvArrayList>(u"CZvArrayList"),
     named<CZvAtomic>(u"CZvAtomic"),
     creatable<CZvBigDecimal>(u"CZvBigDecimal"),
     creatable<CZvBigInteger>(u"CZvBigInteger"),
@@ -106,7 +109,7 @@ constinit const ClassListEntry kClassList[] = {
     named<CZvFloat>(u"CZvFloat"),
     creatable<CZvGate>(u"CZvGate"),
     named<CZvGuid>(u"CZvGuid"),
-    named<CZvHashMap>(u"CZvHashMap"),
+    creatable<CZvHashMap>(u"CZvHashMap"),
     named<CZvInputStream>(u"CZvInputStream"),
     named<CZvInputStreamReader>(u"CZvInputStreamReader"),
     named<CZvInteger16>(u"CZvInteger16"),
@@ -114,7 +117,7 @@ constinit const ClassListEntry kClassList[] = {
     named<CZvInteger64>(u"CZvInteger64"),
     named<CZvInteger8>(u"CZvInteger8"),
     named<CZvIterator>(u"CZvIterator"),
-    named<CZvLinkedList>(u"CZvLinkedList"),
+    creatable<CZvLinkedList>(u"CZvLinkedList"),
     named<CZvList>(u"CZvList"),
     named<CZvListIterator>(u"CZvListIterator"),
     named<CZvLocale>(u"CZvLocale"),

@@ -4,6 +4,7 @@
 #include "lang/exception.h"
 #include "lang/thread_registry.h"
 #include "text/charset_registry.h"
+#include "util/comparator.h"
 
 #include <clocale>
 #include <cstdint>
@@ -55,6 +56,7 @@ zv::core::ResultCode ZvclTerminate() noexcept {
     if (--startCount != 0)
         return zv::core::kOk;
     return resultFrame([] {
+        CZvComparator::releaseDefault();
         destroyCharsetRegistry();
         CZvClassTable::destroy();
         delete std::exchange(g_pGlobalLock, nullptr);

@@ -18,6 +18,17 @@ namespace {
 // own destructor cannot delete it again, and is noticed where assertions are on.
 constexpr std::int32_t kDeleting = std::numeric_limits<std::int32_t>::min() / 2;
 
+// dynamic_cast<const CZvObject*>(other), quickly where both are of one class, as what is compared
+// mostly is: then both have their parts at the same places.
+const CZvObject* objectBehind(IZvUnknown* other, const CZvObject& object) {
+    if (other == nullptr || typeid(*other) != typeid(object))
+        return dynamic_cast<const CZvObject*>(other);
+    const auto offset = reinterpret_cast<const char*>(&object) -
+                        static_cast<const char*>(dynamic_cast<const void*>(&object));
+    return reinterpret_cast<const CZvObject*>(
+        static_cast<const char*>(dynamic_cast<const void*>(other)) + offset);
+}
+
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -106,7 +117,7 @@ ResultCode CZvObject::CompareTo(IZvUnknown* other, std::int32_t* order) {
     if (order == nullptr)
         return zv::core::kPointer;
     return resultFrame([&] {
-        const auto* object = dynamic_cast<const CZvObject*>(other);
+        const CZvObject* object = objectBehind(other, *this);
         *order = object != nullptr ? compareTo(*object) : addressOrder(this, other, 2);
         return zv::core::kOk;
     });
