@@ -337,6 +337,17 @@ TEST(BigInteger, RaisesToPowers) {
         number.pow(parse(row.exponent));
         EXPECT_EQ(number.toString().view(), row.power);
     }
+    std::mt19937 random(10);
+    for (int round = 0; round < 40; ++round) {
+        const Natural base = randomNatural(random, 300);
+        const auto exponent = static_cast<std::int32_t>(random() % 14);
+        Natural power = {1};
+        for (std::int32_t i = 0; i < exponent; ++i)
+            power = zv::test::product(power, base);
+        CZvBigInteger number = bigFrom(base, true);
+        number.pow(CZvBigInteger(exponent));
+        expectNumber(number, {power, exponent % 2 != 0});
+    }
     CZvBigInteger number = parse(u"2");
     EXPECT_THROW(number.pow(parse(u"100000000000000000000000000000000000000")), std::bad_alloc);
     EXPECT_THROW(number.pow(parse(u"100000000000")), std::bad_alloc);
