@@ -19,14 +19,6 @@ std::int32_t thresholdOf(std::int32_t capacity, float loadFactor) {
     return threshold < kMost ? static_cast<std::int32_t>(threshold) : kMost;
 }
 
-// Tells the processor that the entry of a bucket some places on will be needed: entries lie
-// anywhere, and a walk along the buckets would wait for each of them.
-void expect(const ZvRef<CZvHashMapEntry>* table, std::int32_t bucket) {
-    constexpr std::int32_t ahead = 8;
-    if (bucket >= ahead)
-        __builtin_prefetch(table[bucket - ahead].get());
-}
-
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -145,7 +137,7 @@ void CZvHashMap::grow() {
     const std::int32_t oldCapacity = std::exchange(capacity, newCapacity);
     threshold = newThreshold;
     for (std::int32_t i = oldCapacity - 1; i >= 0; --i) {
-        expect(old.get(), i);
+        lookAhead(old, i);
         ZvRef<CZvHashMapEntry> rest = std::move(old[i]);
         while (rest) {
             ZvRef<CZvHashMapEntry> entry = std::move(rest);
@@ -172,9 +164,21 @@ void CZvHashMap::removeEntry(const CZvHashMapEntry& entry) {
     (void)unlink(*link);
 }
 
+void CZvHashMap::lookAhead(const Table& table, std::int32_t bucket) noexcept {
+    constexpr std::int32_t partsAhead = 8;
+    constexpr std::int32_t entryAhead = 20;
+    if (bucket < entryAhead)
+        return;
+    __builtin_prefetch(table[bucket - entryAhead].get());
+    if (const CZvHashMapEntry* entry = table[bucket - partsAhead].get()) {
+        __builtin_prefetch(entry->key.get());
+        __builtin_prefetch(entry->value.get());
+    }
+}
+
 void CZvHashMap::releaseAll(Table table, std::int32_t capacity) noexcept {
     for (std::int32_t i = capacity - 1; i >= 0; --i) {
-        expect(table.get(), i);
+        lookAhead(table, i);
         // One by one: entries that released each other would need a stack as deep as the chain.
         ZvRef<CZvHashMapEntry> entry = std::move(table[i]);
         while (entry)
@@ -218,7 +222,7 @@ ResultCode CZvHashMapIterator::QueryInterface(const ZvIid& iid, void** object) {
 bool CZvHashMapIterator::hasNext() {
     while (nextEntry == nullptr && bucket > 0) {
         nextEntry = map->table[--bucket].get();
-        expect(map->table.get(), bucket);
+        CZvHashMap::lookAhead(map->table, bucket);
     }
     return nextEntry != nullptr;
 }

@@ -95,6 +95,9 @@ private:
     // Takes the entry out that `link`, a bucket or an entry's next, refers to.
     ZvRef<CZvHashMapEntry> unlink(ZvRef<CZvHashMapEntry>& link);
     void removeEntry(const CZvHashMapEntry& entry);
+    // Tells the processor what a walk along the buckets, from the last one down, will meet soon:
+    // entries and what they hold lie anywhere, and the walk would wait for each of them.
+    static void lookAhead(const Table& table, std::int32_t bucket) noexcept;
     static void releaseAll(Table table, std::int32_t capacity) noexcept;
 
     float loadFactor;
