@@ -101,8 +101,10 @@ run_hosts() {
     (
         mkdir "$zv_folder/hosts" && cd "$zv_folder/hosts" || exit
         printf '[ZV_HKEY_CONFIG\\Software\\Host]\r\nname=a text\r\n\r\n' >zvregistry.ini
+        set -x # which step failed
         "$run" "$1" "$build/zvctl.exe" migrate INI NATIVE && [ ! -e zvregistry.ini ] &&
-            "$run" "$1" reg query 'HKLM\Software\Host' /v name | grep 'REG_SZ    a text' &&
+            "$run" "$1" reg query 'HKLM\Software\Host' /v name >query.txt && cat query.txt &&
+            grep 'REG_SZ    a text' query.txt &&
             "$run" "$1" "$build/zvctl.exe" migrate NATIVE INI &&
             grep -A1 'ZV_HKEY_CONFIG.Software.Host' zvregistry.ini &&
             "$run" "$1" "$build/linked_host.exe"
