@@ -1,6 +1,7 @@
 #include "support/self_process.h"
 
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include <windows.h>
@@ -27,7 +28,8 @@ SelfProcess::SelfProcess(const std::string& role, const Arguments& arguments) {
     PROCESS_INFORMATION information{};
     if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
                        &startup, &information) == 0)
-        throw std::runtime_error("the program cannot be started again");
+        throw std::runtime_error("the program cannot be started again: Windows error " +
+                                 std::to_string(GetLastError()));
     CloseHandle(information.hThread);
     process = information.hProcess;
     id = information.dwProcessId;
