@@ -26,10 +26,15 @@ SelfProcess::SelfProcess(const std::string& role, const Arguments& arguments) {
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION information{};
-    if (CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                       &startup, &information) == 0)
-        throw std::runtime_error("the program cannot be started again: Windows error " +
-                                 std::to_string(GetLastError()));
+    // Wine now and then fails to start a program that it starts the next moment.
+    for (int tries = 1; CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                       nullptr, &startup, &information) == 0;
+         ++tries) {
+        if (tries == 3)
+            throw std::runtime_error("the program cannot be started again: Windows error " +
+                                     std::to_string(GetLastError()));
+        Sleep(100);
+    }
     CloseHandle(information.hThread);
     process = information.hProcess;
     id = information.dwProcessId;
