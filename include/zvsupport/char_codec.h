@@ -37,10 +37,10 @@
 
 // Stands before an entry point's definition. On Windows entry points are exported by a module
 // definition file instead: there alone they keep their names undecorated.
-#if defined(_WIN32)
-#define ZV_ENTRY_POINT extern "C"
-#else
+#if defined(__ELF__)
 #define ZV_ENTRY_POINT extern "C" __attribute__((visibility("default")))
+#else
+#define ZV_ENTRY_POINT extern "C"
 #endif
 
 namespace zvsupport {
